@@ -1,0 +1,18 @@
+// quarvel-cli: the program's operations from a terminal, for batch work and for checking files.
+#include <CLI/CLI.hpp>
+#include <iostream>
+
+#include "cli/commands_command.h"
+
+int main(int argc, char** argv) {
+  CLI::App app{"QUARVEL command-line tools: inspect, convert and process powder diffraction patterns"};
+  app.set_version_flag("--version", std::string("quarvel-cli ") + QUARVEL_VERSION);
+  app.require_subcommand(1);
+  quarvel::addCommandsCommand(app, std::cout);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& e) {
+    return app.exit(e);
+  }
+  return 0;
+}
