@@ -33,6 +33,8 @@ inline constexpr int kPrintReport = 579;
 inline constexpr int kAbout = 586;
 inline constexpr int kExit = 587;
 inline constexpr int kRecentFile1 = 211;
+inline constexpr int kRecentFile2 = 212;
+inline constexpr int kRecentFile3 = 213;
 inline constexpr int kRecentFile4 = 214;
 
 // Edit notes (handled by the notes window itself)
