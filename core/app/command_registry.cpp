@@ -6,6 +6,7 @@ namespace quarvel {
 
 void registerAllCommands(CommandDispatcher& dispatcher) {
   registerAppCommands(dispatcher);
+  registerFileCommands(dispatcher);
 }
 
 }  // namespace quarvel
