@@ -74,12 +74,12 @@ void registerFileCommands(CommandDispatcher& d) {
       {cmd::kOpenStd, OpenFormat::Std},     {cmd::kOpenChi, OpenFormat::Chi},
       {cmd::kOpenXY_Velm, OpenFormat::XYVelm}, {cmd::kOpenCif, OpenFormat::Cif},
   };
-  for (auto [id, format] : opens) d.on(id, [format](Session& s) { openWithDialog(s, format); });
+  for (const auto& entry : opens) d.on(entry.first, [format = entry.second](Session& s) { openWithDialog(s, format); });
   const std::pair<int, SaveFormat> saves[] = {
       {cmd::kSaveGdf, SaveFormat::Gdf}, {cmd::kSaveXy, SaveFormat::Xy}, {cmd::kSaveXyw, SaveFormat::Xyw},
       {cmd::kSaveStd, SaveFormat::Std}, {cmd::kSaveCif, SaveFormat::Cif},
   };
-  for (auto [id, format] : saves) d.on(id, [format](Session& s) { saveWithDialog(s, format); });
+  for (const auto& entry : saves) d.on(entry.first, [format = entry.second](Session& s) { saveWithDialog(s, format); });
   d.on(cmd::kSaveFittedPattern, saveFittedPattern);
   d.on(cmd::kOpenSumFile, openSummaryWithDialog);
   d.on(cmd::kAddToSumFile, [](Session& s) { addToSummaryFile(s); });
