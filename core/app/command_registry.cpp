@@ -4,6 +4,7 @@
 #include "core/peaks/background_commands.h"
 #include "core/peaks/peak_commands.h"
 #include "core/process/modify_commands.h"
+#include "core/script/script_commands.h"
 
 namespace quarvel {
 
@@ -13,6 +14,7 @@ void registerAllCommands(CommandDispatcher& dispatcher) {
   registerModifyCommands(dispatcher);
   registerBackgroundCommands(dispatcher);
   registerPeakCommands(dispatcher);
+  registerScriptCommands(dispatcher);
 }
 
 }  // namespace quarvel
