@@ -7,6 +7,7 @@ namespace quarvel {
 
 void registerAllCommands(CommandDispatcher& dispatcher) {
   registerAppCommands(dispatcher);
+  registerFileCommands(dispatcher);
   registerModifyCommands(dispatcher);
 }
 
