@@ -4,35 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
-#include <string>
 
-#include "core/common/numbers.h"
-#include "core/pattern/pattern_store.h"
-#include "core/process/convert.h"
+#include "core/app/recording_shell.h"
+#include "core/app/session.h"
+#include "core/pattern/pattern_files.h"
+#include "core/process/modify_operations.h"
 #include "tests/support/test_support.h"
 
 namespace quarvel {
 namespace {
-
-// Two-column 2θ / intensity text into a slot (grid from the first two points and the count).
-bool readTwoColumns(const std::filesystem::path& path, PatternSlot& slot) {
-  std::ifstream in(path);
-  std::string line;
-  std::vector<float> x;
-  slot.count = 0;
-  while (std::getline(in, line) && slot.count < kMaxPoints) {
-    const auto v = readFreeNumbers(line);
-    if (v.size() < 2) continue;
-    x.push_back(static_cast<float>(v[0]));
-    slot.y[static_cast<std::size_t>(slot.count++)] = static_cast<float>(v[1]);
-  }
-  if (x.size() < 2) return false;
-  slot.start = x.front();
-  slot.step = (x.back() - x.front()) / static_cast<float>(x.size() - 1);
-  slot.recomputeEnd();
-  return true;
-}
 
 float strongestPeak(const PatternSlot& slot) {
   const auto d = slot.data();
@@ -42,20 +22,27 @@ float strongestPeak(const PatternSlot& slot) {
 TEST(ConvertRealData, SynchrotronPatternLandsOnTheCopperMeasurement) {
   QUARVEL_REQUIRE_SHARED_DATA();
   const auto folder = test::sharedDataDir() / "patterns" / "xy";
-  PatternSlot synchrotron, copper;
-  if (!readTwoColumns(folder / "combs_SDPDRR1_sample2_0.692A.XY", synchrotron) ||
-      !readTwoColumns(folder / "combs_SDPDRR1_sample2_Cu.XY", copper)) {
+  test::TempDir dir;
+  RecordingShell shell;
+  Session session{shell, dir.path()};
+  session.start();
+  if (!openPatternFile(session, OpenFormat::Xy, (folder / "combs_SDPDRR1_sample2_Cu.XY").string()))
     GTEST_SKIP() << "SDPD round-robin sample 2 files not present";
-  }
-  ASSERT_EQ(synchrotron.count, 7578);
-  ConvertSettings toCopper{copper.start, copper.end, copper.step, 0.692f, 1.5406f, true};
-  ASSERT_TRUE(convertPattern(synchrotron, toCopper));
-  EXPECT_EQ(synchrotron.count, copper.count);
+  PatternSlot copper;
+  copper.copyFrom(session.store().pattern());
+  ASSERT_TRUE(openPatternFile(session, OpenFormat::Xy, (folder / "combs_SDPDRR1_sample2_0.692A.XY").string()));
+  ASSERT_EQ(session.store().pattern().count, 7578);
+
+  ASSERT_TRUE(applyConvert(session, {copper.start, copper.end, copper.step, 0.692f, 1.5406f, true}));
+  const PatternSlot& converted = session.store().pattern();
+  EXPECT_EQ(converted.count, copper.count);
   // 7.155° at 0.692 Å is 15.97° for copper; the copper scan has it at 15.94° (the two
   // instruments' zero points differ by about one and a half steps).
-  EXPECT_NEAR(strongestPeak(synchrotron), strongestPeak(copper), 0.05f);
+  EXPECT_NEAR(strongestPeak(converted), strongestPeak(copper), 0.05f);
   // The synchrotron scan ends at 40°, which is 99.2° for copper: no data at the grid's 100°.
-  EXPECT_EQ(synchrotron.y[static_cast<std::size_t>(synchrotron.count - 1)], 0.0f);
+  EXPECT_EQ(converted.y[static_cast<std::size_t>(converted.count - 1)], 0.0f);
+  EXPECT_NEAR(session.store().axisTable().back().twoTheta, 100.0f, 1e-3f);  // axis rebuilt
+  EXPECT_TRUE(session.store().undoAvailable());
 }
 
 }  // namespace
