@@ -4,6 +4,7 @@
 
 #include "cli/commands_command.h"
 #include "cli/pattern_commands.h"
+#include "cli/peaks_commands.h"
 
 int main(int argc, char** argv) {
   CLI::App app{"QUARVEL command-line tools: inspect, convert and process powder diffraction patterns"};
@@ -12,6 +13,7 @@ int main(int argc, char** argv) {
   int exitCode = 0;
   quarvel::addCommandsCommand(app, std::cout);
   quarvel::addPatternCommands(app, std::cout, std::cerr, exitCode);
+  quarvel::addPeaksCommands(app, std::cout, std::cerr, exitCode);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {

@@ -1,6 +1,8 @@
 // The one list of subsystems that contribute commands. Each subsystem's register function sits
 // beside its operations.
 #include "core/app/command_dispatcher.h"
+#include "core/peaks/background_commands.h"
+#include "core/peaks/peak_commands.h"
 #include "core/process/modify_commands.h"
 
 namespace quarvel {
@@ -9,6 +11,8 @@ void registerAllCommands(CommandDispatcher& dispatcher) {
   registerAppCommands(dispatcher);
   registerFileCommands(dispatcher);
   registerModifyCommands(dispatcher);
+  registerBackgroundCommands(dispatcher);
+  registerPeakCommands(dispatcher);
 }
 
 }  // namespace quarvel
