@@ -3,12 +3,14 @@
 #include <iostream>
 
 #include "cli/commands_command.h"
+#include "cli/lines_command.h"
 
 int main(int argc, char** argv) {
   CLI::App app{"QUARVEL command-line tools: inspect, convert and process powder diffraction patterns"};
   app.set_version_flag("--version", std::string("quarvel-cli ") + QUARVEL_VERSION);
   app.require_subcommand(1);
   quarvel::addCommandsCommand(app, std::cout);
+  quarvel::addLinesCommand(app, std::cout);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {

@@ -27,10 +27,13 @@ std::vector<double> mergeWithinResolution(const std::vector<double>& sorted, dou
 }  // namespace
 
 std::vector<double> syntheticLines(const CellParameters& cell, Centring centring, const SyntheticLineOptions& o) {
-  const ReciprocalMetric metric = metricFromCell(cell);
   const double qMax = qFromTwoTheta(std::min(o.maxTwoTheta, 179.9), o.wavelength);
+  return syntheticLinesFromQ(distinctValues(calculatedLines(metricFromCell(cell), centring, qMax)), o);
+}
+
+std::vector<double> syntheticLinesFromQ(const std::vector<double>& distinctQ, const SyntheticLineOptions& o) {
   std::vector<double> lines;
-  for (const double q : distinctValues(calculatedLines(metric, centring, qMax))) {
+  for (const double q : distinctQ) {
     const double t = twoThetaFromQ(q, o.wavelength);
     if (std::isfinite(t)) lines.push_back(t);
   }

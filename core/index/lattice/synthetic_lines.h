@@ -25,5 +25,7 @@ struct SyntheticLineOptions {
 
 // Observed 2θ values (degrees), ascending.
 std::vector<double> syntheticLines(const CellParameters& cell, Centring centring, const SyntheticLineOptions& options);
+// The same from given distinct q values (Å⁻², ascending), e.g. from the reflection generator.
+std::vector<double> syntheticLinesFromQ(const std::vector<double>& distinctQ, const SyntheticLineOptions& options);
 
 }  // namespace quarvel
