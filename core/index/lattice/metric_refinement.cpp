@@ -124,23 +124,47 @@ MetricRefinement refineMetric(std::span<const double> twoThetaObserved, const Re
   std::optional<NormalEquations::Solution> last;
   bool lastWithZero = false;
 
-  // Pass 1 settles the assignments with the zero fixed; pass 2 adds the zero, because a zero
-  // refined together with wrong early assignments drifts far.
-  const int passes = options.refineZero ? 2 : 1;
-  for (int pass = 0; pass < passes; ++pass) {
-    const bool withZero = pass == 1;
+  // A start cell a few tenths of a per cent off assigns the high-angle lines wrongly, so the
+  // first pass uses the low-angle half of the lines only. Then all lines settle the assignments
+  // with the zero fixed; the last pass adds the zero, because a zero refined together with wrong
+  // early assignments drifts far.
+  std::vector<double> sorted(twoThetaObserved.begin(), twoThetaObserved.end());
+  std::sort(sorted.begin(), sorted.end());
+  const std::size_t lowHalf = std::max<std::size_t>(sorted.size() / 2, static_cast<std::size_t>(m + 4));
+  struct Pass {
+    std::span<const double> lines;
+    bool withZero;
+    bool optional;  // may fail (too few or too special lines) without ending the refinement
+  };
+  std::vector<Pass> passes;
+  if (lowHalf < sorted.size()) passes.push_back({std::span<const double>(sorted).first(lowHalf), false, true});
+  passes.push_back({twoThetaObserved, false, false});
+  if (options.refineZero) passes.push_back({twoThetaObserved, true, false});
+  const ReciprocalMetric startMetric = metric;
+  for (const Pass& pass : passes) {
+    const bool withZero = pass.withZero;
+    const std::span<const double> used = pass.lines;
+    auto failed = [&](bool singular) {
+      if (pass.optional) {
+        metric = startMetric;
+        return false;
+      }
+      r.singular = singular;
+      return true;
+    };
+    bool skipped = false;
     std::vector<LineAssignment> previous;
     double previousResidual = -1.0;
     bool settled = false;
     for (int cycle = 0; cycle < options.maxCycles; ++cycle) {
       ++r.cycles;
-      const ObservedSet s = observe(twoThetaObserved, zero, options);
+      const ObservedSet s = observe(used, zero, options);
       const auto lines = assign(s, metric, options.centring);
-      if (countIndexed(lines) < m + (withZero ? 1 : 0)) return r;
-      auto solution = solveCycle(s, lines, system, withZero);
+      auto solution = countIndexed(lines) < m + (withZero ? 1 : 0) ? std::nullopt : solveCycle(s, lines, system, withZero);
       if (!solution) {
-        r.singular = true;
-        return r;
+        if (failed(countIndexed(lines) >= m + (withZero ? 1 : 0))) return r;
+        skipped = true;
+        break;
       }
       metric = metricFromParameters(system, solution->p);
       if (withZero) {
@@ -148,7 +172,7 @@ MetricRefinement refineMetric(std::span<const double> twoThetaObserved, const Re
         if (std::abs(zero) > options.zeroBound) {
           // Hold the zero at its bound and fit the cell alone with it.
           zero = std::clamp(zero, -options.zeroBound, options.zeroBound);
-          const ObservedSet held = observe(twoThetaObserved, zero, options);
+          const ObservedSet held = observe(used, zero, options);
           solution = solveCycle(held, lines, system, false);
           if (!solution) {
             r.singular = true;
@@ -159,14 +183,14 @@ MetricRefinement refineMetric(std::span<const double> twoThetaObserved, const Re
       }
       last = solution;
       lastWithZero = withZero && solution->p.size() > static_cast<std::size_t>(m);
-      const double res = residual(observe(twoThetaObserved, zero, options), lines, system, metric);
+      const double res = residual(observe(used, zero, options), lines, system, metric);
       settled = !previous.empty() && sameAssignments(previous, lines) &&
                 std::abs(res - previousResidual) <= kResidualSettled * std::max(res, double(lines.size()));
       previous = lines;
       previousResidual = res;
       if (settled) break;
     }
-    r.converged = settled;
+    if (!skipped) r.converged = settled;
   }
 
   const ObservedSet s = observe(twoThetaObserved, zero, options);
