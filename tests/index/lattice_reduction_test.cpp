@@ -4,6 +4,7 @@
 
 #include "core/index/lattice/lattice_relations.h"
 #include "core/index/lattice/lattice_symmetry.h"
+#include "core/index/lattice/reduced_form.h"
 
 namespace quarvel {
 namespace {
@@ -120,6 +121,42 @@ TEST(LatticeSymmetry, TwofoldAxesGiveTheBravaisLatticeAndConventionalCell) {
   const LatticeSymmetry mono = latticeSymmetry({6.8239, 18.818, 10.698, 90, 111.28, 90}, Centring::P);
   EXPECT_GE(mono.conventional.beta, 90.0);
   EXPECT_NEAR(mono.conventional.b, 18.818, 1e-6);
+}
+
+struct FormCase {
+  int form;
+  CellParameters cell;
+  Centring centring;
+};
+
+TEST(LatticeReducedForm, FormNumberAndTwofoldAxesAgreeOnTheLatticeType) {
+  // Lattices in shapes that land on different characters of the same Bravais type.
+  const FormCase cases[] = {
+      {1, {5.4309, 5.4309, 5.4309, 90, 90, 90}, Centring::F}, {5, {10.25, 10.25, 10.25, 90, 90, 90}, Centring::I},
+      {3, {4, 4, 4, 90, 90, 90}, Centring::P},                {21, {11.189, 11.189, 9.4805, 90, 90, 90}, Centring::P},
+      {11, {4, 4, 9, 90, 90, 90}, Centring::P},               {15, {4, 4, 9, 90, 90, 90}, Centring::I},
+      {18, {9, 9, 4, 90, 90, 90}, Centring::I},               {7, {5, 5, 6, 90, 90, 90}, Centring::I},
+      {6, {6, 6, 5, 90, 90, 90}, Centring::I},                {12, {4.916, 4.916, 5.4054, 90, 90, 120}, Centring::P},
+      {22, {4.916, 4.916, 3.1, 90, 90, 120}, Centring::P},    {9, {4.7592, 4.7592, 12.9946, 90, 90, 120}, Centring::R},
+      {24, {5, 5, 3, 90, 90, 120}, Centring::R},              {2, {5, 5, 8, 90, 90, 120}, Centring::R},
+      {32, {3.42, 10.03, 11.03, 90, 90, 90}, Centring::P},    {13, {9.2353, 11.0318, 11.3348, 90, 90, 90}, Centring::C},
+      {38, {5, 12, 7, 90, 90, 90}, Centring::C},              {40, {12, 5, 3, 90, 90, 90}, Centring::C},
+      {19, {5, 6, 7, 90, 90, 90}, Centring::I},               {16, {5, 6, 7, 90, 90, 90}, Centring::F},
+      {26, {3, 6, 9, 90, 90, 90}, Centring::F},               {34, {9.19, 12.48, 6.24, 90, 106.9, 90}, Centring::P},
+      {33, {5, 6, 7, 90, 100, 90}, Centring::P},              {14, {7, 9, 6, 90, 101, 90}, Centring::C},
+      {37, {12, 5, 6, 90, 101, 90}, Centring::C},             {29, {5, 12, 9, 90, 120, 90}, Centring::C},
+      {39, {9, 5, 12, 90, 95, 90}, Centring::C},              {44, {8.754, 9, 6.91, 102.38, 98.68, 98.92}, Centring::P},
+      {31, {5, 6, 7, 80, 85, 75}, Centring::P},
+  };
+  for (const FormCase& c : cases) {
+    SCOPED_TRACE(c.form);
+    const NiggliReduction r = niggliReduce(c.cell, c.centring);
+    const ReducedForm form = reducedForm(r.metric);
+    EXPECT_EQ(form.number, c.form);
+    std::string bravais(form.bravais);
+    if (bravais == "mI") bravais = "mC";  // the same lattices in an I-centred setting
+    EXPECT_EQ(bravais, latticeSymmetry(r.cell, Centring::P, 0.1).bravaisSymbol());
+  }
 }
 
 }  // namespace
