@@ -103,6 +103,9 @@ class Session {
   MenuModel menu_;
   Settings settings_;
   std::filesystem::path workingDirectory_;
+  // quarvel.ini stays in the folder the program started in, however the working directory
+  // follows the files the user opens.
+  std::filesystem::path settingsFolder_;
 };
 
 }  // namespace quarvel
