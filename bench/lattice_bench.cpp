@@ -1,11 +1,12 @@
 // The inner loops of the indexing engines: the line test of a trial cell, the calculated lines
-// up to the 20th observed line, and one M20 evaluation, for a triclinic cell.
+// up to the 20th observed line, one M20 evaluation and the same-lattice test, for a triclinic cell.
 #include <benchmark/benchmark.h>
 
 #include <random>
 
 #include "core/index/lattice/calculated_lines.h"
 #include "core/index/lattice/figures_of_merit.h"
+#include "core/index/lattice/lattice_relations.h"
 #include "core/index/lattice/synthetic_lines.h"
 #include "core/index/lattice/units.h"
 
@@ -63,5 +64,14 @@ void BM_M20(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(deWolffFigure(obs.q, obs.tol, m, Centring::P, {20, 1.0, true}, scratch).m);
 }
 BENCHMARK(BM_M20);
+
+// De-duplication of candidates: reduction of both cells and the unimodular search.
+void BM_SameLatticeInAnotherSetting(benchmark::State& state) {
+  const CellParameters other = *cellFromDirectMetric(
+      transpose(Mat3::fromColumns({1, 0, 1}, {0, 1, 0}, {0, 1, 1})) * directMetric(kTriclinic) *
+      Mat3::fromColumns({1, 0, 1}, {0, 1, 0}, {0, 1, 1}));
+  for (auto _ : state) benchmark::DoNotOptimize(sameLattice(kTriclinic, Centring::P, other, Centring::P));
+}
+BENCHMARK(BM_SameLatticeInAnotherSetting);
 
 }  // namespace
