@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "cli/commands_command.h"
+#include "cli/lines_command.h"
 #include "cli/pattern_commands.h"
 #include "cli/peaks_commands.h"
 #include "cli/script_command.h"
@@ -16,6 +17,7 @@ int main(int argc, char** argv) {
   quarvel::addPatternCommands(app, std::cout, std::cerr, exitCode);
   quarvel::addPeaksCommands(app, std::cout, std::cerr, exitCode);
   quarvel::addScriptCommand(app, std::cout, std::cerr, exitCode);
+  quarvel::addLinesCommand(app, std::cout);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
