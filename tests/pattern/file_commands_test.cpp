@@ -10,17 +10,13 @@
 #include "core/app/recording_shell.h"
 #include "core/app/session.h"
 #include "core/common/text_file.h"
+#include "tests/support/session_fixture.h"
 #include "tests/support/test_support.h"
 
 namespace quarvel {
 namespace {
 
-struct FileCommands : ::testing::Test {
-  test::TempDir dir;
-  RecordingShell shell;
-  Session session{shell, dir.path()};
-  CommandDispatcher dispatcher{session};
-  void SetUp() override { session.start(); }
+struct FileCommands : test::SessionTest {
 };
 
 TEST_F(FileCommands, OpeningAPatternRunsTheStepsAroundTheRead) {

@@ -13,19 +13,15 @@
 #include "core/peaks/background.h"
 #include "core/peaks/background_commands.h"
 #include "core/process/smoothing.h"
+#include "tests/support/session_fixture.h"
 #include "tests/support/test_support.h"
 
 namespace quarvel {
 namespace {
 
-struct BackgroundFixture : ::testing::Test {
-  test::TempDir dir;
-  RecordingShell shell;
-  Session session{shell, dir.path()};
-  CommandDispatcher dispatcher{session};
-
+struct BackgroundFixture : test::SessionTest {
   void SetUp() override {
-    session.start();
+    SessionTest::SetUp();
     test::fillSlot(session.store().pattern(), 10.0f, 0.5f, 21, [](float x) { return 100.0f + x; });
     session.store().copyPatternToAsLoaded();
     session.setPatternMenus(true);

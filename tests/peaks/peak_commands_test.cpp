@@ -10,18 +10,15 @@
 #include "core/app/session.h"
 #include "core/common/text_file.h"
 #include "core/peaks/peak_files.h"
+#include "tests/support/session_fixture.h"
 #include "tests/support/test_support.h"
 
 namespace quarvel {
 namespace {
 
-struct PeakCommands : ::testing::Test {
-  test::TempDir dir;
-  RecordingShell shell;
-  Session session{shell, dir.path()};
-  CommandDispatcher dispatcher{session};
+struct PeakCommands : test::SessionTest {
   void SetUp() override {
-    session.start();
+    SessionTest::SetUp();
     test::fillSlot(session.store().pattern(), 20.0f, 0.02f, 1000, [](float x) {
       return 100.0f + 2000.0f * std::exp(-std::pow((x - 30.0f) / 0.08f, 2.0f));
     });

@@ -13,6 +13,7 @@
 #include "core/app/recording_shell.h"
 #include "core/app/session.h"
 #include "core/process/modify_operations.h"
+#include "tests/support/session_fixture.h"
 #include "tests/support/test_support.h"
 
 namespace quarvel {
@@ -25,14 +26,9 @@ std::vector<std::string> captions(const DialogModel& d) {
   return out;
 }
 
-struct ModifyFixture : ::testing::Test {
-  test::TempDir dir;
-  RecordingShell shell;
-  Session session{shell, dir.path()};
-  CommandDispatcher dispatcher{session};
-
+struct ModifyFixture : test::SessionTest {
   void SetUp() override {
-    session.start();
+    SessionTest::SetUp();
     load([](float x) { return 100.0f + x; });
     shell.clear();
   }

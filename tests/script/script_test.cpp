@@ -14,17 +14,13 @@
 #include "core/process/modify_operations.h"
 #include "core/script/script_file.h"
 #include "core/script/script_runner.h"
+#include "tests/support/session_fixture.h"
 #include "tests/support/test_support.h"
 
 namespace quarvel {
 namespace {
 
-struct ScriptFixture : ::testing::Test {
-  test::TempDir dir;
-  RecordingShell shell;
-  Session session{shell, dir.path()};
-  CommandDispatcher dispatcher{session};
-  void SetUp() override { session.start(); }
+struct ScriptFixture : test::SessionTest {
 
   void writeXy(const std::string& name, float start, int n, float scale) {
     std::string text;
