@@ -14,10 +14,13 @@ struct Reflection {
   float fwhm;
 };
 
-// Positions of a cubic phase with a = 5.431 Å at Cu Kα1, with made-up heights.
+// Positions of a cubic phase with a = 5.431 Å at Cu Kα1 and of a few lines of a second phase,
+// with made-up heights and widths.
 constexpr Reflection kReflections[] = {
-    {28.44f, 9000.0f, 0.12f}, {47.30f, 5200.0f, 0.14f}, {56.12f, 3000.0f, 0.15f},
-    {69.13f, 800.0f, 0.18f},  {76.38f, 1200.0f, 0.20f},
+    {14.80f, 1400.0f, 0.30f}, {21.05f, 2300.0f, 0.30f}, {28.44f, 9000.0f, 0.28f},
+    {33.15f, 1700.0f, 0.32f}, {38.90f, 600.0f, 0.34f},  {47.30f, 5200.0f, 0.32f},
+    {51.60f, 900.0f, 0.36f},  {56.12f, 3000.0f, 0.36f}, {62.40f, 450.0f, 0.40f},
+    {69.13f, 800.0f, 0.42f},  {76.38f, 1200.0f, 0.45f},
 };
 
 // Deterministic counting noise, so the demo looks the same every time.
@@ -56,6 +59,8 @@ void loadDemoPattern(Session& session) {
     session.peaks.peaks.push_back(Peak{r.twoTheta, r.height, r.fwhm});
     session.indexing.reflectionMarkers.push_back(r.twoTheta);
   }
+  session.note("Synthetic demo pattern: 3751 points from 5.00 to 80.00 degrees 2theta, step 0.02");
+  session.note("11 peaks marked; reflection tick marks below the pattern");
   session.rebuildAxisTable();
   session.setPatternMenus(true);
   session.refreshView();

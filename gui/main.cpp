@@ -58,7 +58,7 @@ int main(int argc, char** argv) {
   if (!options.screenshot.isEmpty()) {
     QTimer::singleShot(800, &app, [&desktop, &options] {
       desktop.window().grab().save(options.screenshot);
-      QApplication::quit();
+      QApplication::exit(0);  // leaves without the questions a user gets when closing
     });
   }
   return QApplication::exec();

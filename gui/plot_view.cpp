@@ -70,6 +70,15 @@ PlotRanges fullRangeOf(const PlotScene& scene) {
     // Intensities start at zero unless the data go below it (a difference curve).
     r.y = padded(std::min(0.0, yLow), yHigh, false);
   }
+  // Peak markers get a strip of their own above the curves, reflection tick marks one below.
+  if (!scene.peakMarkers.empty()) {
+    r.y.upper = scene.logarithmic ? r.y.upper * std::pow(r.y.upper / r.y.lower, 0.1)
+                                  : r.y.upper + 0.1 * r.y.size();
+  }
+  if (!scene.reflectionMarkers.empty()) {
+    r.y.lower = scene.logarithmic ? r.y.lower / std::pow(r.y.upper / r.y.lower, 0.08)
+                                  : r.y.lower - 0.08 * r.y.size();
+  }
   return r;
 }
 
@@ -150,7 +159,7 @@ void PlotView::drawMarkers() {
   if (!scene_.reflectionMarkers.empty()) {
     QCPGraph* ticks = markerGraph(QColor(200, 0, 200), 10.0);
     ticks->setName("Reflections");
-    fill(ticks, scene_.reflectionMarkers, 0.04);
+    fill(ticks, scene_.reflectionMarkers, 0.035);
   }
 }
 

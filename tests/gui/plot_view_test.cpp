@@ -1,0 +1,113 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include <QMdiSubWindow>
+#include <QTest>
+
+#include "core/app/command_ids.h"
+#include "gui/desktop_app.h"
+#include "gui/graphics_window.h"
+#include "tests/support/test_support.h"
+
+namespace quarvel {
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+TEST(PlotView, FullRangeSkipsGapsAndLeavesRoomForMarkers) {
+  PlotScene scene;
+  scene.curves.push_back({CurveRole::Pattern, "Pattern", {10, 20, 30, 40}, {kNaN, 5, 500, 50}});
+  PlotRanges r = fullRangeOf(scene);
+  EXPECT_DOUBLE_EQ(r.x.lower, 10);
+  EXPECT_DOUBLE_EQ(r.x.upper, 40);
+  EXPECT_DOUBLE_EQ(r.y.lower, 0);  // intensities start at zero
+  EXPECT_GT(r.y.upper, 500);
+
+  scene.logarithmic = true;
+  scene.curves[0].y = {kNaN, 0.0, 100.0, 10.0};  // zero cannot be shown on a log axis
+  r = fullRangeOf(scene);
+  EXPECT_GT(r.y.lower, 0.0);
+  EXPECT_LT(r.y.lower, 10.0);
+  EXPECT_GT(r.y.lower, 1.0);
+
+  // Marker strips: tick marks below the lowest value, peak markers above the highest.
+  scene.logarithmic = false;
+  scene.curves[0].y = {0, 10, 100, 50};
+  scene.reflectionMarkers = {20};
+  scene.peakMarkers = {30};
+  r = fullRangeOf(scene);
+  EXPECT_LT(r.y.lower, 0.0);
+  EXPECT_GT(r.y.upper, 110.0);
+
+  // A difference curve below zero is shown whole; an empty scene gets a neutral frame.
+  scene = PlotScene();
+  scene.curves.push_back({CurveRole::Difference, "Difference", {1, 2}, {-30, 40}});
+  EXPECT_LE(fullRangeOf(scene).y.lower, -30);
+  EXPECT_EQ(fullRangeOf(PlotScene()).x.upper, 1.0);
+}
+
+TEST(PlotView, StatusBarShowsTheCursorInTheCurrentUnit) {
+  test::TempDir dir;
+  DesktopApp app(dir.path());
+  Session& s = app.session();
+  test::fillSlot(s.store().pattern(), 10.0f, 0.01f, 5001, [](float x) { return 100.0f + x; });
+  s.store().copyPatternToAsLoaded();
+  s.rebuildAxisTable();
+  s.setPatternMenus(true);
+  s.refreshView();
+
+  app.window().resize(1000, 800);
+  app.window().show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&app.window()));
+  GraphicsWindow& graphics = app.window().graphics();
+  PlotView& plot = graphics.plot();
+  plot.replot();
+  EXPECT_EQ(plot.graphCount(), 1);
+  EXPECT_EQ(plot.graph(0)->dataCount(), 5001);
+  EXPECT_DOUBLE_EQ(plot.xAxis->range().lower, 10.0);
+  EXPECT_NEAR(plot.xAxis->range().upper, 60.0, 1e-3);
+
+  const QPoint at(static_cast<int>(plot.xAxis->coordToPixel(30.0)), static_cast<int>(plot.yAxis->coordToPixel(80.0)));
+  QTest::mouseMove(&plot, at);
+  const QString position = graphics.positionText(), intensity = graphics.intensityText();
+  ASSERT_TRUE(position.startsWith("Twotheta: ")) << position.toStdString();
+  ASSERT_TRUE(intensity.startsWith("Intensity: ")) << intensity.toStdString();
+  EXPECT_NEAR(position.mid(10).toDouble(), 30.0, 0.1);
+  EXPECT_NEAR(intensity.mid(11).toDouble(), 80.0, 1.0);
+
+  // In d-values the same pane names d and shows it in Å.
+  app.dispatcher().dispatch(cmd::kAxisD);
+  plot.replot();
+  const double d = plot.xAxis->range().center();
+  QTest::mouseMove(&plot, QPoint(static_cast<int>(plot.xAxis->coordToPixel(d)), at.y()));
+  EXPECT_TRUE(graphics.positionText().startsWith("d-value: ")) << graphics.positionText().toStdString();
+  EXPECT_NEAR(graphics.positionText().mid(9).toDouble(), d, 0.01);
+}
+
+TEST(PlotView, ZoomIsKeptByGridTogglesAndUndoneByFullPattern) {
+  test::TempDir dir;
+  DesktopApp app(dir.path());
+  Session& s = app.session();
+  test::fillSlot(s.store().pattern(), 5.0f, 0.02f, 3000, [](float x) { return x; });
+  s.rebuildAxisTable();
+  s.refreshView();
+  PlotView& plot = app.window().graphics().plot();
+  plot.xAxis->setRange(20.0, 30.0);
+  app.dispatcher().dispatch(cmd::kYGrid);
+  EXPECT_DOUBLE_EQ(plot.xAxis->range().lower, 20.0);
+  EXPECT_TRUE(plot.yAxis->grid()->visible());
+  app.dispatcher().dispatch(cmd::kFullPattern);
+  EXPECT_DOUBLE_EQ(plot.xAxis->range().lower, 5.0);
+
+  // Logarithmic intensities use the log scale; the plot can be saved as BMP and PDF.
+  app.dispatcher().dispatch(cmd::kScaleLog);
+  EXPECT_EQ(plot.yAxis->scaleType(), QCPAxis::stLogarithmic);
+  EXPECT_TRUE(plot.saveImage(QString::fromStdString((dir / "plot.bmp").string())));
+  EXPECT_TRUE(plot.saveImage(QString::fromStdString((dir / "plot.pdf").string())));
+  EXPECT_GT(std::filesystem::file_size(dir / "plot.bmp"), 1000u);
+}
+
+}  // namespace
+}  // namespace quarvel
