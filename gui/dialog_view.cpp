@@ -1,5 +1,7 @@
 #include "gui/dialog_view.h"
 
+#include <algorithm>
+
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QFontDatabase>
@@ -86,7 +88,19 @@ void DialogView::addEdit(const DialogControl& c) {
   auto* edit = new QLineEdit(qs(c.text), this);
   edit->setObjectName(nameOf(c));
   edit->setEnabled(c.enabled);
-  formFor(c.group).addRow(qs(c.label), edit);
+  // A Browse button that fills this edit sits on the same row.
+  const auto& all = model_.controls();
+  const auto browse = std::find_if(all.begin(), all.end(), [&c](const DialogControl& b) {
+    return b.kind == ControlKind::Browse && b.target == c.key;
+  });
+  if (browse != all.end()) {
+    auto* row = new QHBoxLayout;
+    row->addWidget(edit, 1);
+    row->addWidget(makeBrowseButton(*browse));
+    formFor(c.group).addRow(qs(c.label), row);
+  } else {
+    formFor(c.group).addRow(qs(c.label), edit);
+  }
   writers_.push_back([this, key = c.key, edit] { model_.setText(key, edit->text().trimmed().toStdString()); });
 }
 
@@ -180,16 +194,21 @@ void DialogView::addTable(const DialogControl& c) {
   });
 }
 
-void DialogView::addBrowse(const DialogControl& c) {
+QPushButton* DialogView::makeBrowseButton(const DialogControl& c) {
   auto* button = new QPushButton(qs(c.label), this);
   button->setObjectName(nameOf(c));
   button->setAutoDefault(false);
   button->setEnabled(c.enabled);
-  formFor(c.group).addRow(button);
   connect(button, &QPushButton::clicked, this, [this, target = c.target, request = c.file] {
     auto* edit = findChild<QLineEdit*>(qs(target));
     if (auto path = shell_.chooseFile(request); path && edit != nullptr) edit->setText(qs(*path));
   });
+  return button;
+}
+
+void DialogView::addBrowse(const DialogControl& c) {
+  if (findChild<QPushButton*>(nameOf(c)) != nullptr) return;  // already beside its edit
+  formFor(c.group).addRow(makeBrowseButton(c));
 }
 
 void DialogView::addButton(const DialogControl& c) {

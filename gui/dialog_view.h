@@ -14,6 +14,7 @@ class QFormLayout;
 class QHBoxLayout;
 class QVBoxLayout;
 class QGroupBox;
+class QPushButton;
 
 namespace quarvel {
 
@@ -44,6 +45,7 @@ class DialogView : public QDialog {
   void addListEditor(const DialogControl& c);
   void addTable(const DialogControl& c);
   void addBrowse(const DialogControl& c);
+  QPushButton* makeBrowseButton(const DialogControl& c);
   void addButton(const DialogControl& c);
   void writeBack();
   void sizeFromDialogUnits();

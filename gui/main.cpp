@@ -6,9 +6,12 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QMouseEvent>
 #include <QTimer>
 
+#include "gui/app_icon.h"
 #include "gui/demo_pattern.h"
+#include "gui/graphics_window.h"
 #include "gui/desktop_app.h"
 
 namespace {
@@ -39,12 +42,21 @@ Options parseOptions(const QApplication& app) {
   return options;
 }
 
+// Puts the mouse over the plot, so a screenshot shows the cursor read-out in the status bar.
+void pointAt(quarvel::PlotView& plot, double x, double intensity) {
+  const QPointF pixel(plot.xAxis->coordToPixel(x), plot.yAxis->coordToPixel(intensity));
+  QMouseEvent move(QEvent::MouseMove, pixel, plot.mapToGlobal(pixel), Qt::NoButton, Qt::NoButton,
+                   Qt::NoModifier);
+  QApplication::sendEvent(&plot, &move);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
   QApplication::setApplicationName("quarvel");
   QApplication::setApplicationVersion(QUARVEL_VERSION);
+  QApplication::setWindowIcon(quarvel::appIcon());
   const Options options = parseOptions(app);
 
   quarvel::DesktopApp desktop(std::filesystem::current_path());
@@ -57,6 +69,7 @@ int main(int argc, char** argv) {
   }
   if (!options.screenshot.isEmpty()) {
     QTimer::singleShot(800, &app, [&desktop, &options] {
+      pointAt(desktop.window().graphics().plot(), 47.3, 5200.0);
       desktop.window().grab().save(options.screenshot);
       QApplication::exit(0);  // leaves without the questions a user gets when closing
     });

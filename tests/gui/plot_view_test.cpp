@@ -93,10 +93,27 @@ TEST(PlotView, ZoomIsKeptByGridTogglesAndUndoneByFullPattern) {
   test::fillSlot(s.store().pattern(), 5.0f, 0.02f, 3000, [](float x) { return x; });
   s.rebuildAxisTable();
   s.refreshView();
+  app.window().resize(1000, 800);
+  app.window().show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&app.window()));
   PlotView& plot = app.window().graphics().plot();
-  plot.xAxis->setRange(20.0, 30.0);
+  plot.replot();
+
+  // A rectangle dragged with the left button zooms into it.
+  const int y0 = static_cast<int>(plot.yAxis->coordToPixel(60.0)), y1 = static_cast<int>(plot.yAxis->coordToPixel(10.0));
+  const QPoint from(static_cast<int>(plot.xAxis->coordToPixel(20.0)), y0);
+  const QPoint to(static_cast<int>(plot.xAxis->coordToPixel(30.0)), y1);
+  QTest::mousePress(&plot, Qt::LeftButton, Qt::NoModifier, from);
+  QTest::mouseMove(&plot, (from + to) / 2);
+  QTest::mouseMove(&plot, to);
+  QTest::mouseRelease(&plot, Qt::LeftButton, Qt::NoModifier, to);
+  EXPECT_NEAR(plot.xAxis->range().lower, 20.0, 0.2);
+  EXPECT_NEAR(plot.xAxis->range().upper, 30.0, 0.2);
+  EXPECT_NEAR(plot.yAxis->range().upper, 60.0, 1.0);
+
+  const QCPRange zoomed = plot.xAxis->range();
   app.dispatcher().dispatch(cmd::kYGrid);
-  EXPECT_DOUBLE_EQ(plot.xAxis->range().lower, 20.0);
+  EXPECT_EQ(plot.xAxis->range(), zoomed);
   EXPECT_TRUE(plot.yAxis->grid()->visible());
   app.dispatcher().dispatch(cmd::kFullPattern);
   EXPECT_DOUBLE_EQ(plot.xAxis->range().lower, 5.0);
