@@ -7,6 +7,8 @@
 #include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QProgressBar>
+#include <QTest>
 
 #include "core/app/command_ids.h"
 #include "core/app/messages.h"
@@ -149,6 +151,41 @@ TEST(MainWindow, NotesAreSavedAndAskBeforeClosingWhenChanged) {
   });
   EXPECT_TRUE(notes.maybeSave());
   EXPECT_EQ(question, "Save changes to Input/Output");
+}
+
+}  // namespace
+}  // namespace quarvel
+
+namespace quarvel {
+namespace {
+
+// A long computation sees Ctrl+I at its next poll; other commands are refused meanwhile, and
+// the progress bar shows only while it runs.
+TEST(MainWindow, CtrlIInterruptsARunningComputation) {
+  test::TempDir dir;
+  DesktopApp app(dir.path());
+  app.window().show();
+  QApplication::setActiveWindow(&app.window());
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&app.window()));
+  auto* bar = app.window().findChild<QProgressBar*>();
+  ASSERT_NE(bar, nullptr);
+
+  int polls = 0;
+  bool barShown = false;
+  app.dispatcher().on(cmd::kFitAllPeaks, [&](Session& s) {
+    s.shell().progress(0.25, "Fit All Peaks");
+    barShown = bar->isVisible();
+    QTest::keyClick(&app.window(), Qt::Key_I, Qt::ControlModifier);
+    app.window().runCommand(cmd::kAxisQ);  // refused while the fit runs
+    while (polls < 50 && !s.interruptRequested()) ++polls;
+  });
+  app.window().runCommand(cmd::kFitAllPeaks);
+  EXPECT_TRUE(barShown);
+  EXPECT_LT(polls, 50);
+  EXPECT_TRUE(app.session().flags.interrupt);
+  EXPECT_EQ(app.session().store().selection.xAxisUnit, XAxisUnit::TwoTheta);
+  EXPECT_FALSE(bar->isVisible());
+  EXPECT_FALSE(app.window().busy());
 }
 
 }  // namespace
