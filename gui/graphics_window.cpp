@@ -1,5 +1,6 @@
 #include "gui/graphics_window.h"
 
+#include <QAction>
 #include <QCloseEvent>
 #include <QFileDialog>
 #include <QMessageBox>
@@ -24,6 +25,13 @@ GraphicsWindow::GraphicsWindow(QWidget* parent)
   status_->addWidget(position_);
   status_->addWidget(intensity_, 1);
   clearCursor();
+  // Right click: the whole pattern again, or the plot saved as a picture.
+  plot_->setContextMenuPolicy(Qt::ActionsContextMenu);
+  auto* full = new QAction("Full Pattern", plot_);
+  connect(full, &QAction::triggered, plot_, &PlotView::showFullRange);
+  auto* save = new QAction("Save Graphics As...", plot_);
+  connect(save, &QAction::triggered, this, &GraphicsWindow::saveImageAs);
+  plot_->addActions({full, save});
   connect(plot_, &PlotView::cursorMoved, this, &GraphicsWindow::showCursor);
   connect(plot_, &PlotView::cursorLeft, this, &GraphicsWindow::clearCursor);
 }

@@ -9,6 +9,8 @@
 #include "core/app/command_ids.h"
 #include "gui/desktop_app.h"
 #include "gui/graphics_window.h"
+#include "gui/notes_window.h"
+#include "gui/printing.h"
 #include "tests/support/test_support.h"
 
 namespace quarvel {
@@ -124,6 +126,14 @@ TEST(PlotView, ZoomIsKeptByGridTogglesAndUndoneByFullPattern) {
   EXPECT_TRUE(plot.saveImage(QString::fromStdString((dir / "plot.bmp").string())));
   EXPECT_TRUE(plot.saveImage(QString::fromStdString((dir / "plot.pdf").string())));
   EXPECT_GT(std::filesystem::file_size(dir / "plot.bmp"), 1000u);
+
+  // "Print Report" lays the plot and the notes out on pages; here into a PDF file.
+  app.shell().appendNotes("Peak search: 11 peaks");
+  QPrinter printer(QPrinter::HighResolution);
+  printer.setOutputFormat(QPrinter::PdfFormat);
+  printer.setOutputFileName(QString::fromStdString((dir / "report.pdf").string()));
+  printReport(printer, plot, *app.window().notes().document());
+  EXPECT_GT(std::filesystem::file_size(dir / "report.pdf"), 1000u);
 }
 
 }  // namespace
