@@ -190,3 +190,49 @@ TEST(MainWindow, CtrlIInterruptsARunningComputation) {
 
 }  // namespace
 }  // namespace quarvel
+
+namespace quarvel {
+namespace {
+
+TEST(MainWindow, WindowCommandsArrangeShowAndCloseChildren) {
+  test::TempDir dir;
+  DesktopApp app(dir.path());
+  app.window().resize(1000, 800);
+  app.window().show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&app.window()));
+  QWidget* graphics = app.window().graphics().parentWidget();
+  QWidget* notes = app.window().notes().parentWidget();
+
+  app.dispatcher().dispatch(cmd::kTileHorizontal);  // one above the other
+  EXPECT_EQ(graphics->geometry().left(), notes->geometry().left());
+  EXPECT_NE(graphics->geometry().top(), notes->geometry().top());
+  app.dispatcher().dispatch(cmd::kTileVertical);  // side by side
+  EXPECT_EQ(graphics->geometry().top(), notes->geometry().top());
+  EXPECT_NE(graphics->geometry().left(), notes->geometry().left());
+
+  QString title;
+  test::whenModalOpens([&](QWidget* box) {
+    title = box->windowTitle();
+    test::clickButton(box, "OK");
+  });
+  app.dispatcher().dispatch(cmd::kAbout);
+  EXPECT_EQ(title, "About QUARVEL");
+
+  // Closing the graphics window with a pattern on display asks first; it comes back with the
+  // next command that redraws the plot.
+  test::fillSlot(app.session().store().pattern(), 10.0f, 0.1f, 100, [](float x) { return x; });
+  app.session().refreshView();
+  QString question;
+  test::whenModalOpens([&](QWidget* box) {
+    question = test::messageText(box);
+    test::clickButton(box, "No");
+  });
+  graphics->close();
+  EXPECT_EQ(question, "Save changes to QUARVEL Graphics");
+  EXPECT_TRUE(graphics->isHidden());
+  app.dispatcher().dispatch(cmd::kFullPattern);
+  EXPECT_FALSE(graphics->isHidden());
+}
+
+}  // namespace
+}  // namespace quarvel
