@@ -46,6 +46,9 @@ MainWindow::MainWindow()
 MainWindow::~MainWindow() = default;
 
 void MainWindow::buildProgressBar() {
+  patternInfo_ = new QLabel(this);
+  patternInfo_->setObjectName("patternInfo");
+  statusBar()->addWidget(patternInfo_, 1);
   progressText_ = new QLabel(this);
   progress_ = new QProgressBar(this);
   progress_->setRange(0, 1000);
@@ -84,6 +87,26 @@ void MainWindow::repaintPlot(bool resetView) {
   if (session_ == nullptr) return;
   graphics_->showScene(buildPlotScene(*session_), resetView);
   if (resetView && graphicsChild_->isHidden()) showChild(graphicsChild_);
+  describePattern();
+}
+
+// One line in the frame's status bar about the pattern on display.
+void MainWindow::describePattern() {
+  const PatternStore& store = session_->store();
+  const PatternSlot& slot = store.pattern();
+  if (slot.count == 0) {
+    patternInfo_->clear();
+    return;
+  }
+  QString name = QString::fromStdString(store.info.title);
+  if (name.isEmpty()) name = QFileInfo(QString::fromStdString(store.info.loadedPath)).fileName();
+  const QString text = QString("%1 points, %2 to %3 degrees 2theta, step %4, wavelength %5")
+                           .arg(slot.count)
+                           .arg(slot.start, 0, 'f', 3)
+                           .arg(slot.x(slot.count - 1), 0, 'f', 3)
+                           .arg(slot.step, 0, 'f', 4)
+                           .arg(slot.wavelength, 0, 'f', 5);
+  patternInfo_->setText(name.isEmpty() ? text : name + ": " + text);
 }
 
 void MainWindow::showChild(QMdiSubWindow* child) {
@@ -139,6 +162,7 @@ void MainWindow::showProgress(double fraction, const QString& text) {
   progressText_->setText(text);
   progress_->setValue(static_cast<int>(std::clamp(fraction, 0.0, 1.0) * 1000.0));
   progressText_->setVisible(running);
+  patternInfo_->setVisible(!running);
   progress_->setVisible(running);
   stop_->setVisible(running);
   if (running) QCoreApplication::processEvents();

@@ -68,6 +68,7 @@ class MainWindow : public QMainWindow {
 
  private:
   void buildProgressBar();
+  void describePattern();
   void showChild(QMdiSubWindow* child);
   void notesChanged();
   void editNotes(int id);
@@ -81,6 +82,7 @@ class MainWindow : public QMainWindow {
   QMdiSubWindow* notesChild_;
   QProgressBar* progress_ = nullptr;
   QLabel* progressText_ = nullptr;
+  QLabel* patternInfo_ = nullptr;
   QPushButton* stop_ = nullptr;
   Session* session_ = nullptr;
   CommandDispatcher* dispatcher_ = nullptr;

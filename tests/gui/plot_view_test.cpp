@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include <QLabel>
 #include <QMdiSubWindow>
 #include <QTest>
 
@@ -70,6 +71,7 @@ TEST(PlotView, StatusBarShowsTheCursorInTheCurrentUnit) {
   EXPECT_EQ(plot.graph(0)->dataCount(), 5001);
   EXPECT_DOUBLE_EQ(plot.xAxis->range().lower, 10.0);
   EXPECT_NEAR(plot.xAxis->range().upper, 60.0, 1e-3);
+  EXPECT_TRUE(app.window().findChild<QLabel*>("patternInfo")->text().startsWith("5001 points, 10.000 to 60.000 degrees"));
 
   const QPoint at(static_cast<int>(plot.xAxis->coordToPixel(30.0)), static_cast<int>(plot.yAxis->coordToPixel(80.0)));
   QTest::mouseMove(&plot, at);
