@@ -92,6 +92,12 @@ PlotView::PlotView(QWidget* parent) : QCustomPlot(parent) {
   selectionRect()->setPen(QPen(QColor(60, 60, 60), 1, Qt::DashLine));
   selectionRect()->setBrush(QColor(100, 100, 200, 40));
   setUpAxes();
+  legend->setFont(QFont(font().family(), 9));
+  legend->setBrush(QColor(255, 255, 255, 220));
+  axisRect()->insetLayout()->setInsetAlignment(0, Qt::AlignTop | Qt::AlignRight);
+  // Below the strip of peak markers along the top.
+  axisRect()->insetLayout()->setAutoMargins(QCP::msNone);
+  axisRect()->insetLayout()->setMargins(QMargins(10, 30, 10, 10));
 }
 
 void PlotView::setUpAxes() {
@@ -127,6 +133,8 @@ void PlotView::showScene(const PlotScene& scene, bool resetView) {
 }
 
 void PlotView::drawCurves() {
+  // With more than one curve a legend names them.
+  legend->setVisible(scene_.curves.size() > 1);
   int multiple = 0;
   for (const PlotCurve& curve : scene_.curves) {
     QCPGraph* graph = addGraph(xAxis, yAxis);
@@ -142,6 +150,7 @@ QCPGraph* PlotView::markerGraph(const QColor& color, double sizePx) {
   QCPGraph* graph = addGraph(xAxis, markerAxis_);
   graph->setLineStyle(QCPGraph::lsNone);
   graph->setScatterStyle(tickStyle(color, sizePx));
+  graph->removeFromLegend();
   return graph;
 }
 

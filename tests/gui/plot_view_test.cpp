@@ -122,6 +122,14 @@ TEST(PlotView, ZoomIsKeptByGridTogglesAndUndoneByFullPattern) {
   app.dispatcher().dispatch(cmd::kFullPattern);
   EXPECT_DOUBLE_EQ(plot.xAxis->range().lower, 5.0);
 
+  // Pattern and background together: two curves and a legend naming them.
+  test::fillSlot(s.store().slot(kSlotBackground), 5.0f, 0.02f, 3000, [](float) { return 3.0f; });
+  app.dispatcher().dispatch(cmd::kPlotPatternBackground);
+  EXPECT_EQ(plot.graphCount(), 2);
+  EXPECT_TRUE(plot.legend->visible());
+  app.dispatcher().dispatch(cmd::kPlotPattern);
+  EXPECT_FALSE(plot.legend->visible());
+
   // Logarithmic intensities use the log scale; the plot can be saved as BMP and PDF.
   app.dispatcher().dispatch(cmd::kScaleLog);
   EXPECT_EQ(plot.yAxis->scaleType(), QCPAxis::stLogarithmic);
