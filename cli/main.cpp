@@ -3,16 +3,25 @@
 #include <iostream>
 
 #include "cli/commands_command.h"
+#include "cli/lines_command.h"
+#include "cli/pattern_commands.h"
+#include "cli/peaks_commands.h"
+#include "cli/script_command.h"
 
 int main(int argc, char** argv) {
   CLI::App app{"QUARVEL command-line tools: inspect, convert and process powder diffraction patterns"};
   app.set_version_flag("--version", std::string("quarvel-cli ") + QUARVEL_VERSION);
   app.require_subcommand(1);
+  int exitCode = 0;
   quarvel::addCommandsCommand(app, std::cout);
+  quarvel::addPatternCommands(app, std::cout, std::cerr, exitCode);
+  quarvel::addPeaksCommands(app, std::cout, std::cerr, exitCode);
+  quarvel::addScriptCommand(app, std::cout, std::cerr, exitCode);
+  quarvel::addLinesCommand(app, std::cout);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
     return app.exit(e);
   }
-  return 0;
+  return exitCode;
 }

@@ -34,6 +34,7 @@ class CommandDispatcher {
 // Handlers of the application shell itself: Settings, Plot, Window, Undo, recent files,
 // interrupt and the window-level commands.
 void registerAppCommands(CommandDispatcher& dispatcher);
+void registerFileCommands(CommandDispatcher& dispatcher);
 
 // Installs every subsystem's handlers; defined in command_registry.cpp.
 void registerAllCommands(CommandDispatcher& dispatcher);

@@ -10,7 +10,8 @@ Session::Session(Shell& shell, fs::path workingDirectory)
     : shell_(&shell),
       store_(std::make_unique<PatternStore>()),
       menu_(MenuModel::mainMenu()),
-      workingDirectory_(std::move(workingDirectory)) {
+      workingDirectory_(std::move(workingDirectory)),
+      settingsFolder_(workingDirectory_) {
   menu_.setListener([this](const MenuItem& item) { shell_->menuChanged(item); });
 }
 
@@ -20,12 +21,15 @@ fs::path Session::resolve(const fs::path& path) const {
 }
 
 void Session::start() {
-  settings_.read(workingDirectory_, *shell_);
+  settingsFolder_ = workingDirectory_;
+  settings_.read(settingsFolder_, *shell_);
   flags = AppFlags();
   resetWorkingState();
-  settings_.rewrite(workingDirectory_, *shell_);
+  settings_.rewrite(settingsFolder_, *shell_);
   menu_.setRecentFiles(settings_.values.recentFiles);
 }
+
+void Session::saveSettings() { settings_.rewrite(settingsFolder_, *shell_); }
 
 void Session::keepUndoCopy() { store_->keepUndoCopy(); }
 
@@ -78,7 +82,7 @@ void Session::patternLoaded(const std::string& path) {
   rebuildAxisTable();
   setPatternMenus(true);
   settings_.addRecentFile(path);
-  settings_.rewrite(workingDirectory_, *shell_);
+  settings_.rewrite(settingsFolder_, *shell_);
   menu_.setRecentFiles(settings_.values.recentFiles);
   const fs::path folder = fs::path(path).parent_path();
   if (!folder.empty()) workingDirectory_ = folder;

@@ -60,6 +60,9 @@ class Session {
   // and put the recent files into the File menu.
   void start();
 
+  // Rewrites quarvel.ini (in the folder the program started in) with the current settings.
+  void saveSettings();
+
   // Single-level undo.
   void keepUndoCopy();
   void undo();
@@ -103,6 +106,9 @@ class Session {
   MenuModel menu_;
   Settings settings_;
   std::filesystem::path workingDirectory_;
+  // quarvel.ini stays in the folder the program started in, however the working directory
+  // follows the files the user opens.
+  std::filesystem::path settingsFolder_;
 };
 
 }  // namespace quarvel

@@ -28,7 +28,5 @@ std::optional<ExtensionKind> kindForExtension(std::string_view path);
 // reader reports failures itself.
 bool openPatternFile(Session& session, OpenFormat format, const std::string& path);
 
-// Opens (or creates) the summary file `path`.
-bool openSummaryFile(Session& session, const std::string& path);
 
 }  // namespace quarvel

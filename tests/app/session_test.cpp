@@ -9,18 +9,13 @@
 #include "core/app/operation.h"
 #include "core/app/recording_shell.h"
 #include "core/app/session.h"
+#include "tests/support/session_fixture.h"
 #include "tests/support/test_support.h"
 
 namespace quarvel {
 namespace {
 
-struct SessionFixture : ::testing::Test {
-  test::TempDir dir;
-  RecordingShell shell;
-  Session session{shell, dir.path()};
-  CommandDispatcher dispatcher{session};
-
-  void SetUp() override { session.start(); }
+struct SessionFixture : test::SessionTest {
   void loadPattern(int n = 100) {
     test::fillSlot(session.store().pattern(), 10.0f, 0.02f, n, [](float x) { return 100.0f + x; });
     session.store().copyPatternToAsLoaded();

@@ -1,0 +1,82 @@
+// indexing-matrix: runs an indexing engine over the real case files and the synthetic matrix
+// and prints, per crystal system, the success rate (the known lattice among the top cells after
+// reduction) and the median and worst time.
+//
+//   indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures]
+//
+// Engines register in engineTable() below; "refine-known" is a reference that starts from the
+// known cell and only checks the harness and the shared lattice library.
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <string>
+
+#include <fmt/format.h>
+
+#include "core/index/benchmark/indexing_matrix.h"
+
+namespace {
+
+using namespace quarvel;
+
+std::map<std::string, IndexingEngine> engineTable() { return {{"refine-known", refineKnownCell}}; }
+
+void printSummary(const std::string& title, const std::vector<CaseResult>& results, bool listFailures) {
+  fmt::print("\n{} ({} problems)\n", title, results.size());
+  fmt::print("{:<14} {:>6} {:>6} {:>9} {:>12} {:>12}\n", "system", "cases", "found", "success", "median (ms)", "worst (ms)");
+  int cases = 0, found = 0;
+  for (const SystemSummary& s : summariseBySystem(results)) {
+    fmt::print("{:<14} {:>6} {:>6} {:>8.1f}% {:>12.3f} {:>12.3f}\n", crystalSystemName(s.system), s.cases, s.found,
+               100.0 * s.found / s.cases, 1e3 * s.medianSeconds, 1e3 * s.worstSeconds);
+    cases += s.cases;
+    found += s.found;
+  }
+  if (cases > 0) fmt::print("{:<14} {:>6} {:>6} {:>8.1f}%\n", "all", cases, found, 100.0 * found / cases);
+  if (listFailures)
+    for (const CaseResult& r : results)
+      if (!r.found) fmt::print("  not found: {}\n", r.name);
+}
+
+int usage() {
+  std::fprintf(stderr, "usage: indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures]\n");
+  return 2;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::string engineName = "refine-known", only, casesDir = QUARVEL_SHARED_DATA_DEFAULT "/indexing";
+  if (const char* env = std::getenv("QUARVEL_SHARED_DATA")) casesDir = std::string(env) + "/indexing";
+  int top = 4;
+  bool listFailures = false;
+  for (int i = 1; i < argc; ++i) {
+    const std::string arg = argv[i];
+    auto value = [&]() -> std::string { return i + 1 < argc ? argv[++i] : ""; };
+    if (arg == "--engine") engineName = value();
+    else if (arg == "--cases") casesDir = value();
+    else if (arg == "--only") only = value();
+    else if (arg == "--top") top = std::atoi(value().c_str());
+    else if (arg == "--list-failures") listFailures = true;
+    else return usage();
+  }
+  const auto engines = engineTable();
+  const auto engine = engines.find(engineName);
+  if (engine == engines.end()) {
+    std::fprintf(stderr, "unknown engine \"%s\"; known:", engineName.c_str());
+    for (const auto& [name, _] : engines) std::fprintf(stderr, " %s", name.c_str());
+    std::fprintf(stderr, "\n");
+    return 2;
+  }
+  fmt::print("engine: {}, success = known lattice among the first {} cells\n", engineName, top);
+
+  if (only != "synthetic") {
+    std::vector<std::string> errors;
+    std::vector<IndexingCase> cases;
+    if (std::filesystem::is_directory(casesDir)) cases = readIndexingCases(casesDir, errors);
+    for (const auto& e : errors) fmt::print("skipped: {}\n", e);
+    if (cases.empty()) fmt::print("\nno case files in {}\n", casesDir);
+    else printSummary("Case files in " + casesDir, runIndexingMatrix(engine->second, cases, top), listFailures);
+  }
+  if (only != "cases") printSummary("Synthetic matrix", runIndexingMatrix(engine->second, syntheticMatrix(), top), listFailures);
+  return 0;
+}

@@ -1,0 +1,164 @@
+#include "core/index/benchmark/indexing_matrix.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <random>
+
+#include <fmt/format.h>
+
+#include "core/index/lattice/figures_of_merit.h"
+#include "core/index/lattice/lattice_relations.h"
+#include "core/index/lattice/metric_refinement.h"
+#include "core/index/lattice/synthetic_lines.h"
+#include "core/index/lattice/units.h"
+
+namespace quarvel {
+
+namespace {
+
+struct Bravais {
+  const char* symbol;
+  CrystalSystem system;
+  Centring centring;
+};
+
+constexpr Bravais kLattices[] = {
+    {"cP", CrystalSystem::Cubic, Centring::P},        {"cI", CrystalSystem::Cubic, Centring::I},
+    {"cF", CrystalSystem::Cubic, Centring::F},        {"tP", CrystalSystem::Tetragonal, Centring::P},
+    {"tI", CrystalSystem::Tetragonal, Centring::I},   {"hP", CrystalSystem::Hexagonal, Centring::P},
+    {"hR", CrystalSystem::Hexagonal, Centring::R},    {"oP", CrystalSystem::Orthorhombic, Centring::P},
+    {"oC", CrystalSystem::Orthorhombic, Centring::C}, {"oI", CrystalSystem::Orthorhombic, Centring::I},
+    {"oF", CrystalSystem::Orthorhombic, Centring::F}, {"mP", CrystalSystem::Monoclinic, Centring::P},
+    {"mC", CrystalSystem::Monoclinic, Centring::C},   {"aP", CrystalSystem::Triclinic, Centring::P},
+};
+
+// Edges 2.5-25 Å log-uniform, volume 50-3000 Å³, monoclinic β 90-120°, triclinic angles
+// reduced; the first line must lie below d = 30 Å.
+CellParameters drawCell(const Bravais& lattice, double dMin, int minLines, std::mt19937& random) {
+  std::uniform_real_distribution<double> logEdge(std::log(2.5), std::log(25.0));
+  std::uniform_real_distribution<double> angle(60.0, 120.0), beta(90.0, 120.0);
+  for (;;) {
+    CellParameters c{std::exp(logEdge(random)), std::exp(logEdge(random)), std::exp(logEdge(random)), 90, 90, 90};
+    if (lattice.system == CrystalSystem::Monoclinic) c.beta = beta(random);
+    if (lattice.system == CrystalSystem::Triclinic) {
+      c.alpha = angle(random), c.beta = angle(random), c.gamma = angle(random);
+      if (cellVolume(c) <= 0) continue;
+      c = niggliReduce(c, Centring::P).cell;
+    }
+    if (lattice.system == CrystalSystem::Hexagonal) c.gamma = 120.0;
+    c = constrainCell(lattice.system, c);
+    const double v = cellVolume(c);
+    if (v < 50 || v > 3000) continue;
+    const ReciprocalMetric m = metricFromCell(c);
+    if (!calculatedLines(m, lattice.centring, 1.0 / (30.0 * 30.0)).empty()) continue;  // a line beyond d = 30 Å
+    // Enough lines to make an indexing problem of 20-30 lines.
+    if (countDistinct(calculatedLines(m, lattice.centring, 1.0 / (dMin * dMin)), 1e9) < minLines) continue;
+    return c;
+  }
+}
+
+double toleranceFor(double wavelength) { return wavelength < 1.0 ? 0.03 : 0.05; }
+
+}  // namespace
+
+std::vector<IndexingCase> syntheticMatrix(const SyntheticMatrixOptions& o) {
+  std::mt19937 random(o.seed);
+  std::vector<IndexingCase> cases;
+  for (const Bravais& lattice : kLattices) {
+    const CellParameters cell = drawCell(lattice, o.dMin, o.lines + 5, random);
+    for (const double lambda : o.wavelengths)
+      for (const double noise : o.noise)
+        for (const double zero : o.zero)
+          for (const int impurities : o.impurities)
+            for (const int missing : o.missing) {
+              SyntheticLineOptions s;
+              s.wavelength = lambda;
+              s.maxTwoTheta = 2.0 * std::asin(std::min(1.0, lambda / (2.0 * o.dMin))) / kDegree;
+              s.noise = noise;
+              s.zero = zero;
+              s.impurities = impurities;
+              s.drop = missing;
+              s.resolution = lambda < 1.0 ? 0.005 : 0.02;
+              s.maxLines = o.lines + missing;
+              s.seed = static_cast<std::uint32_t>(random());
+              IndexingCase c;
+              c.name = fmt::format("{} λ{:.4f} σ{:.2f} z{:.2f} imp{} miss{}", lattice.symbol, lambda, noise, zero,
+                                   impurities, missing);
+              c.wavelength = lambda;
+              c.knownCell = cell;
+              c.centring = lattice.centring;
+              c.system = lattice.system;
+              c.twoTheta = syntheticLines(cell, lattice.centring, s);
+              cases.push_back(std::move(c));
+            }
+  }
+  return cases;
+}
+
+bool knownCellFound(const IndexingCase& problem, const std::vector<CandidateCell>& candidates, int top,
+                    double tolerance) {
+  const int n = std::min<int>(top, static_cast<int>(candidates.size()));
+  for (int i = 0; i < n; ++i) {
+    const CandidateCell& c = candidates[static_cast<std::size_t>(i)];
+    if (sameLattice(c.cell, c.centring, problem.knownCell, problem.centring, tolerance)) return true;
+  }
+  return false;
+}
+
+std::vector<CaseResult> runIndexingMatrix(const IndexingEngine& engine, const std::vector<IndexingCase>& cases, int top) {
+  std::vector<CaseResult> results;
+  for (const IndexingCase& c : cases) {
+    const auto start = std::chrono::steady_clock::now();
+    const auto candidates = engine(c);
+    const auto stop = std::chrono::steady_clock::now();
+    results.push_back({c.name, c.system, knownCellFound(c, candidates, top),
+                       std::chrono::duration<double>(stop - start).count()});
+  }
+  return results;
+}
+
+std::vector<SystemSummary> summariseBySystem(const std::vector<CaseResult>& results) {
+  std::vector<SystemSummary> summaries;
+  for (const CrystalSystem system : {CrystalSystem::Cubic, CrystalSystem::Tetragonal, CrystalSystem::Hexagonal,
+                                     CrystalSystem::Orthorhombic, CrystalSystem::Monoclinic, CrystalSystem::Triclinic}) {
+    std::vector<double> times;
+    SystemSummary s{system};
+    for (const CaseResult& r : results) {
+      if (r.system != system) continue;
+      ++s.cases;
+      s.found += r.found;
+      times.push_back(r.seconds);
+    }
+    if (times.empty()) continue;
+    std::sort(times.begin(), times.end());
+    s.medianSeconds = times[times.size() / 2];
+    s.worstSeconds = times.back();
+    summaries.push_back(s);
+  }
+  return summaries;
+}
+
+std::vector<CandidateCell> refineKnownCell(const IndexingCase& problem) {
+  CellParameters start = problem.knownCell;
+  start.a *= 1.001;
+  start.b *= 0.999;
+  start.c *= 1.001;
+  MetricRefinementOptions o;
+  o.system = problem.system;
+  o.centring = problem.centring;
+  o.wavelength = problem.wavelength;
+  o.toleranceTwoTheta = toleranceFor(problem.wavelength) + 0.05;  // room for the zero shift
+  o.refineZero = true;
+  const MetricRefinement r = refineMetric(problem.twoTheta, metricFromCell(start), o);
+  if (!r.solved) return {};
+  std::vector<double> q, tol;
+  for (const double t : problem.twoTheta) {
+    q.push_back(qFromTwoTheta(t - r.zero, problem.wavelength));
+    tol.push_back(qToleranceFromTwoTheta(t, toleranceFor(problem.wavelength), problem.wavelength));
+  }
+  const DeWolffFigure m20 = deWolffFigure(q, tol, r.metric, problem.centring, {20, 1.0, true});
+  return {{niggliReduce(r.cell, problem.centring).cell, Centring::P, m20.m}};
+}
+
+}  // namespace quarvel

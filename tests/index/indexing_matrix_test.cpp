@@ -1,0 +1,58 @@
+#include <gtest/gtest.h>
+
+#include "core/index/benchmark/indexing_matrix.h"
+#include "tests/support/test_support.h"
+
+namespace quarvel {
+namespace {
+
+TEST(LatticeIndexingMatrix, SyntheticProblemsAreWellFormedAndTheReferenceFindsThem) {
+  SyntheticMatrixOptions o;
+  o.noise = {0.01};
+  o.zero = {0.05};
+  o.impurities = {1};
+  o.missing = {3};
+  o.wavelengths = {1.5406};
+  const auto cases = syntheticMatrix(o);
+  ASSERT_EQ(cases.size(), 14u);  // one per Bravais lattice
+  for (const IndexingCase& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(c.twoTheta.size(), static_cast<std::size_t>(o.lines + 1));  // 25 kept, one impurity
+    EXPECT_TRUE(std::is_sorted(c.twoTheta.begin(), c.twoTheta.end()));
+    const double v = cellVolume(c.knownCell);
+    EXPECT_TRUE(v >= 50 && v <= 3000) << v;
+    EXPECT_TRUE(knownCellFound(c, refineKnownCell(c)));
+  }
+  // A wrong cell, or the right one below the top ranks, is not a success.
+  const IndexingCase& c = cases.front();
+  CellParameters doubled = c.knownCell;
+  doubled.a *= 2;
+  EXPECT_FALSE(knownCellFound(c, {{doubled, c.centring, 50}}));
+  EXPECT_FALSE(knownCellFound(c, {{doubled, c.centring, 50}, {c.knownCell, c.centring, 40}}, 1));
+
+  const auto summary = summariseBySystem({{"a", CrystalSystem::Cubic, true, 0.3}, {"b", CrystalSystem::Cubic, false, 0.1},
+                                          {"c", CrystalSystem::Cubic, true, 0.2}});
+  ASSERT_EQ(summary.size(), 1u);
+  EXPECT_EQ(summary[0].found, 2);
+  EXPECT_DOUBLE_EQ(summary[0].medianSeconds, 0.2);
+  EXPECT_DOUBLE_EQ(summary[0].worstSeconds, 0.3);
+}
+
+TEST(LatticeIndexingMatrix, CaseFileErrorsNameTheFileAndLine) {
+  test::TempDir dir;
+  test::writeText(dir / "good.txt", "# WAVELENGTH 1.54056\n# KNOWN_CELL 4 4 4 90 90 90 | cubic F | test\n 20.1 5,5\n 30.2\n");
+  test::writeText(dir / "bad.txt", "# WAVELENGTH 1.5\n# KNOWN_CELL 4 4 4 90 90 | cubic P | short\n 20.1\n");
+  test::writeText(dir / "conograph_flags.txt",
+                  "# WAVELENGTH 1.2\n# KNOWN_CELL 4 4 4 90 90 90 | cubic P | x\n 1 2.0E+001 9 0.1 1\n 2 2.1E+001 9 0.1 0\n");
+  std::vector<std::string> errors;
+  const auto cases = readIndexingCases(dir.path(), errors);
+  ASSERT_EQ(cases.size(), 2u);
+  EXPECT_EQ(cases[0].twoTheta.size(), 1u);  // the peak flagged 0 is not used
+  EXPECT_EQ(cases[1].centring, Centring::F);
+  EXPECT_EQ(cases[1].twoTheta, (std::vector<double>{20.1, 30.2}));
+  ASSERT_EQ(errors.size(), 1u);
+  EXPECT_NE(errors[0].find("bad.txt, line 2"), std::string::npos) << errors[0];
+}
+
+}  // namespace
+}  // namespace quarvel
