@@ -2,6 +2,7 @@
 
 #include "core/app/messages.h"
 #include "core/pattern/pattern_files.h"
+#include "core/pattern/summary_file.h"
 
 namespace quarvel {
 

@@ -74,6 +74,7 @@ void DialogView::addControl(DialogControl& c) {
     case ControlKind::Table: addTable(c); break;
     case ControlKind::Browse: addBrowse(c); break;
     case ControlKind::Button: addButton(c); break;
+    case ControlKind::PlotPick: addPlotPick(c); break;
   }
 }
 
@@ -218,6 +219,26 @@ void DialogView::addButton(const DialogControl& c) {
   if (c.returnCode == DialogModel::kOk) button->setDefault(true);
   buttons_->addWidget(button);
   connect(button, &QPushButton::clicked, this, [this, code = c.returnCode] { press(code); });
+}
+
+void DialogView::addPlotPick(const DialogControl& c) {
+  picks_ = new QListWidget(this);
+  picks_->setObjectName(nameOf(c));
+  for (const auto& row : c.rows)
+    if (!row.empty()) picks_->addItem(qs(row.front()));
+  if (!c.label.empty()) formFor(c.group).addRow(new QLabel(qs(c.label), this));
+  formFor(c.group).addRow(picks_);
+  writers_.push_back([this, key = c.key] {
+    DialogControl& control = model_.at(key);
+    control.rows.clear();
+    for (int i = 0; i < picks_->count(); ++i) control.rows.push_back({picks_->item(i)->text().toStdString()});
+  });
+}
+
+void DialogView::addPick(double twoTheta) {
+  if (picks_ == nullptr) return;
+  picks_->addItem(QString::number(twoTheta, 'f', 4));
+  picks_->scrollToBottom();
 }
 
 void DialogView::writeBack() {

@@ -12,6 +12,7 @@
 
 class QFormLayout;
 class QHBoxLayout;
+class QListWidget;
 class QVBoxLayout;
 class QGroupBox;
 class QPushButton;
@@ -31,6 +32,11 @@ class DialogView : public QDialog {
   // model unless the code is DialogModel::kCancel.
   void press(int returnCode);
 
+  // True when the dialog collects positions clicked in the plot; it must then stay non-modal.
+  bool picksFromPlot() const { return picks_ != nullptr; }
+  // One position marked in the plot, in degrees 2θ.
+  void addPick(double twoTheta);
+
   // Object name of the push button captioned `label`.
   static QString buttonName(const std::string& label) { return "button:" + QString::fromStdString(label); }
 
@@ -47,6 +53,7 @@ class DialogView : public QDialog {
   void addBrowse(const DialogControl& c);
   QPushButton* makeBrowseButton(const DialogControl& c);
   void addButton(const DialogControl& c);
+  void addPlotPick(const DialogControl& c);
   void writeBack();
   void sizeFromDialogUnits();
 
@@ -54,6 +61,7 @@ class DialogView : public QDialog {
   Shell& shell_;
   QVBoxLayout* body_;
   QHBoxLayout* buttons_;
+  QListWidget* picks_ = nullptr;
   std::vector<std::pair<std::string, QFormLayout*>> forms_;  // "" = the dialog's own area
   std::vector<std::function<void()>> writers_;  // each copies one widget's value into the model
 };

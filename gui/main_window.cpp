@@ -2,6 +2,8 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QEventLoop>
+#include <QTextDocument>
 #include <QFile>
 #include <QFileInfo>
 #include <QFontDatabase>
@@ -19,6 +21,7 @@
 #include "core/app/messages.h"
 #include "core/app/plot_scene.h"
 #include "core/app/session.h"
+#include "gui/dialog_view.h"
 #include "gui/graphics_window.h"
 #include "gui/menu_binding.h"
 #include "gui/notes_window.h"
@@ -166,6 +169,35 @@ void MainWindow::showProgress(double fraction, const QString& text) {
   progress_->setVisible(running);
   stop_->setVisible(running);
   if (running) QCoreApplication::processEvents();
+}
+
+int MainWindow::runPickingDialog(DialogView& view) {
+  PlotView& plot = graphics_->plot();
+  std::vector<double> marks;
+  connect(&plot, &PlotView::clicked, &view, [&](double x, double) {
+    if (session_ == nullptr) return;
+    view.addPick(twoThetaAtPlotX(*session_, x));
+    marks.push_back(x);
+    plot.setPickMarks(marks);
+  });
+  view.setModal(false);
+  view.setWindowFlag(Qt::Tool);
+  view.show();
+  view.move(mapToGlobal(QPoint(width() - view.width() - 30, 60)));
+  QEventLoop loop;
+  connect(&view, &QDialog::finished, &loop, &QEventLoop::quit);
+  loop.exec();
+  plot.setPickMarks({});
+  return view.result();
+}
+
+void MainWindow::printText(const QString& jobName, const QString& text) {
+  QTextDocument document;
+  document.setDefaultFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+  document.setPlainText(text);
+  QPrinter printer(QPrinter::HighResolution);
+  printer.setDocName(jobName);
+  if (preparePrinter(printer, this)) document.print(&printer);
 }
 
 void MainWindow::windowCommand(int id) {

@@ -17,6 +17,7 @@ class QLabel;
 namespace quarvel {
 
 class CommandDispatcher;
+class DialogView;
 class GraphicsWindow;
 class MenuBinding;
 class NotesWindow;
@@ -52,6 +53,11 @@ class MainWindow : public QMainWindow {
   bool takeInterrupt();
   void requestInterrupt() { interrupt_ = true; }
   void showProgress(double fraction, const QString& text);
+  // Runs a dialog that collects clicks in the plot: the frame stays usable (commands still
+  // wait), each click adds the pattern's 2θ to the dialog and an orange mark to the plot.
+  int runPickingDialog(DialogView& view);
+  // Prints a report text under `jobName` (to a PDF file where no printer exists).
+  void printText(const QString& jobName, const QString& text);
 
   // Open MDI children, and the check made before another one is opened: false (with the
   // message) when the limit of open windows is reached.

@@ -165,6 +165,10 @@ void PlotView::drawMarkers() {
     peaks->setName("Peaks");
     fill(peaks, scene_.peakMarkers, 0.95);
   }
+  if (!pickMarks_.empty()) {
+    QCPGraph* picks = markerGraph(QColor(230, 120, 0), 24.0);
+    fill(picks, pickMarks_, 0.90);
+  }
   if (!scene_.reflectionMarkers.empty()) {
     QCPGraph* ticks = markerGraph(QColor(200, 0, 200), 10.0);
     ticks->setName("Reflections");
@@ -228,6 +232,26 @@ void PlotView::mouseMoveEvent(QMouseEvent* event) {
     emit cursorMoved(c.x(), c.y());
   } else {
     emit cursorLeft();
+  }
+}
+
+void PlotView::setPickMarks(std::vector<double> xs) {
+  pickMarks_ = std::move(xs);
+  showScene(PlotScene(scene_), false);
+}
+
+void PlotView::mousePressEvent(QMouseEvent* event) {
+  pressedAt_ = event->position().toPoint();
+  QCustomPlot::mousePressEvent(event);
+}
+
+void PlotView::mouseReleaseEvent(QMouseEvent* event) {
+  QCustomPlot::mouseReleaseEvent(event);
+  const QPoint at = event->position().toPoint();
+  if (event->button() == Qt::LeftButton && (at - pressedAt_).manhattanLength() < 4 &&
+      axisRect()->rect().contains(at)) {
+    const QPointF c = coordinatesAt(event->position());
+    emit clicked(c.x(), c.y());
   }
 }
 

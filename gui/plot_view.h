@@ -3,6 +3,8 @@
 // logarithmic intensities) and reports where the mouse is in plot coordinates.
 #pragma once
 
+#include <vector>
+
 #include <QString>
 
 #include <qcustomplot.h>
@@ -32,6 +34,9 @@ class PlotView : public QCustomPlot {
   // Axes back to the whole of the data (F1 "Full Pattern", double click).
   void showFullRange();
 
+  // Positions (in the current x unit) the user is marking, drawn as orange strokes until cleared.
+  void setPickMarks(std::vector<double> xs);
+
   // Saves the plot as an image; the format follows the extension (bmp, png, jpg, pdf).
   bool saveImage(const QString& path);
 
@@ -42,10 +47,14 @@ class PlotView : public QCustomPlot {
  signals:
   void cursorMoved(double x, double intensity);
   void cursorLeft();
+  // A left click without dragging, in plot coordinates.
+  void clicked(double x, double intensity);
 
  protected:
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
   void leaveEvent(QEvent* event) override;
 
  private:
@@ -57,6 +66,8 @@ class PlotView : public QCustomPlot {
   QCPGraph* markerGraph(const QColor& color, double sizePx);
 
   PlotScene scene_;
+  std::vector<double> pickMarks_;
+  QPoint pressedAt_;
   QCPAxis* markerAxis_ = nullptr;  // hidden axis 0..1 that places markers independent of zoom
   QSharedPointer<QCPAxisTicker> linearTicker_;
   QSharedPointer<QCPAxisTickerLog> logTicker_;

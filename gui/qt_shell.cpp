@@ -50,7 +50,8 @@ std::optional<std::string> QtShell::chooseFile(const FileRequest& request) {
 
 int QtShell::runDialog(DialogModel& dialog) {
   DialogView view(dialog, *this, &window_);
-  return view.exec();
+  // A dialog that takes positions from the plot leaves the plot usable while it is open.
+  return view.picksFromPlot() ? window_.runPickingDialog(view) : view.exec();
 }
 
 void QtShell::menuChanged(const MenuItem& item) {
@@ -66,6 +67,12 @@ void QtShell::appendNotes(std::string_view line) { window_.appendNotes(qs(line))
 void QtShell::openTextViewer(const std::string& path) { window_.openTextViewer(QString::fromStdString(path)); }
 
 bool QtShell::interruptRequested() { return window_.takeInterrupt(); }
+
+void QtShell::printReport(std::string_view title, const std::vector<std::string>& lines) {
+  QStringList text{qs(title), QString()};
+  for (const std::string& line : lines) text << QString::fromStdString(line);
+  window_.printText(qs(title), text.join('\n'));
+}
 
 void QtShell::progress(double fraction, std::string_view text) { window_.showProgress(fraction, qs(text)); }
 

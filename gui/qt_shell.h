@@ -25,6 +25,7 @@ class QtShell : public Shell {
   void openTextViewer(const std::string& path) override;
   bool interruptRequested() override;
   void progress(double fraction, std::string_view text) override;
+  void printReport(std::string_view title, const std::vector<std::string>& lines) override;
 
  private:
   MainWindow& window_;

@@ -21,6 +21,21 @@ void whenModalOpens(std::function<void(QWidget*)> answer) {
   timer->start(5);
 }
 
+void whenWindowOpens(const QString& title, std::function<void(QWidget*)> answer) {
+  auto* timer = new QTimer(qApp);
+  QObject::connect(timer, &QTimer::timeout, [timer, title, answer = std::move(answer)] {
+    for (QWidget* w : QApplication::topLevelWidgets()) {
+      if (w->isVisible() && w->windowTitle() == title) {
+        timer->stop();
+        timer->deleteLater();
+        answer(w);
+        return;
+      }
+    }
+  });
+  timer->start(5);
+}
+
 QString messageText(QWidget* box) {
   auto* message = qobject_cast<QMessageBox*>(box);
   return message != nullptr ? message->text() : QString();

@@ -13,6 +13,9 @@ namespace quarvel::test {
 // answer must close it. Lets a test drive code that calls exec().
 void whenModalOpens(std::function<void(QWidget*)> answer);
 
+// Calls `answer` with the next visible top-level window titled `title` (a non-modal dialog).
+void whenWindowOpens(const QString& title, std::function<void(QWidget*)> answer);
+
 // The text of a message box (empty for other widgets), and a click on its button `text`.
 QString messageText(QWidget* box);
 void clickButton(QWidget* box, const QString& text);

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include <QLabel>
+#include <QListWidget>
 #include <QMdiSubWindow>
 #include <QTest>
 
@@ -12,6 +13,7 @@
 #include "gui/graphics_window.h"
 #include "gui/notes_window.h"
 #include "gui/printing.h"
+#include "tests/gui/gui_test_support.h"
 #include "tests/support/test_support.h"
 
 namespace quarvel {
@@ -144,6 +146,47 @@ TEST(PlotView, ZoomIsKeptByGridTogglesAndUndoneByFullPattern) {
   printer.setOutputFileName(QString::fromStdString((dir / "report.pdf").string()));
   printReport(printer, plot, *app.window().notes().document());
   EXPECT_GT(std::filesystem::file_size(dir / "report.pdf"), 1000u);
+}
+
+}  // namespace
+}  // namespace quarvel
+
+namespace quarvel {
+namespace {
+
+// "Manual Search" leaves the plot usable: a click in d-values is read back as the pattern's 2θ
+// and the peak is taken at the nearest maximum.
+TEST(PlotView, ClicksInThePlotFeedAPickingDialog) {
+  test::TempDir dir;
+  DesktopApp app(dir.path());
+  Session& s = app.session();
+  test::fillSlot(s.store().pattern(), 10.0f, 0.01f, 5001,
+                 [](float x) { return 100.0f + 1000.0f * std::exp(-(x - 30.0f) * (x - 30.0f) / 0.02f); });
+  s.store().copyPatternToAsLoaded();
+  s.rebuildAxisTable();
+  s.setPatternMenus(true);
+  app.dispatcher().dispatch(cmd::kAxisD);
+  app.window().resize(1000, 800);
+  app.window().show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&app.window()));
+  PlotView& plot = app.window().graphics().plot();
+  plot.replot();
+
+  QString picked;
+  test::whenWindowOpens("Manual Peak Search", [&](QWidget* dialog) {
+    const double d = toXUnit(30.1, 2, 1.5406);
+    const QPoint at(static_cast<int>(std::lround(plot.xAxis->coordToPixel(d))),
+                    static_cast<int>(plot.yAxis->coordToPixel(500.0)));
+    QTest::mouseClick(&plot, Qt::LeftButton, Qt::NoModifier, at);
+    auto* list = dialog->findChild<QListWidget*>("marks");
+    if (list != nullptr && list->count() == 1) picked = list->item(0)->text();
+    test::clickButton(dialog, "OK");
+  });
+  app.dispatcher().dispatch(cmd::kManualSearch);
+  EXPECT_NEAR(picked.toDouble(), 30.1, 0.05) << picked.toStdString();
+  ASSERT_EQ(s.peaks.size(), 1u);
+  EXPECT_NEAR(s.peaks.peaks[0].position, 30.0, 0.02);
+  EXPECT_EQ(plot.graphCount(), 2);  // the pattern and the peak marker; the orange marks are gone
 }
 
 }  // namespace
