@@ -174,7 +174,7 @@ void MainWindow::showProgress(double fraction, const QString& text) {
 int MainWindow::runPickingDialog(DialogView& view) {
   PlotView& plot = graphics_->plot();
   std::vector<double> marks;
-  connect(&plot, &PlotView::clicked, &view, [&](double x, double) {
+  const auto clicks = connect(&plot, &PlotView::clicked, &view, [&](double x, double) {
     if (session_ == nullptr) return;
     view.addPick(twoThetaAtPlotX(*session_, x));
     marks.push_back(x);
@@ -187,6 +187,7 @@ int MainWindow::runPickingDialog(DialogView& view) {
   QEventLoop loop;
   connect(&view, &QDialog::finished, &loop, &QEventLoop::quit);
   loop.exec();
+  disconnect(clicks);
   plot.setPickMarks({});
   return view.result();
 }
