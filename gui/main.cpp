@@ -1,10 +1,78 @@
+// quarvel: the desktop program.
+//   quarvel [FILE]   starts with FILE opened (a pattern, or a .sum summary file).
+// Hidden options for developers: --demo fills the plot with a synthetic pattern, and
+// --screenshot PNG saves a picture of the frame once it is drawn and exits.
+#include <filesystem>
+
 #include <QApplication>
-#include <QMainWindow>
+#include <QCommandLineParser>
+#include <QMouseEvent>
+#include <QTimer>
+
+#include "gui/app_icon.h"
+#include "gui/demo_pattern.h"
+#include "gui/graphics_window.h"
+#include "gui/desktop_app.h"
+
+namespace {
+
+struct Options {
+  QString file;
+  bool demo = false;
+  QString screenshot;
+};
+
+Options parseOptions(const QApplication& app) {
+  QCommandLineParser parser;
+  parser.setApplicationDescription("QUARVEL - Display and handle diffraction patterns");
+  parser.addHelpOption();
+  parser.addVersionOption();
+  parser.addPositionalArgument("file", "Pattern or summary file to open.");
+  QCommandLineOption demo("demo", "Show a synthetic pattern.");
+  QCommandLineOption screenshot("screenshot", "Save a PNG of the window and exit.", "png");
+  demo.setFlags(QCommandLineOption::HiddenFromHelp);
+  screenshot.setFlags(QCommandLineOption::HiddenFromHelp);
+  parser.addOption(demo);
+  parser.addOption(screenshot);
+  parser.process(app);
+  Options options;
+  if (!parser.positionalArguments().isEmpty()) options.file = parser.positionalArguments().front();
+  options.demo = parser.isSet(demo);
+  options.screenshot = parser.value(screenshot);
+  return options;
+}
+
+// Puts the mouse over the plot, so a screenshot shows the cursor read-out in the status bar.
+void pointAt(quarvel::PlotView& plot, double x, double intensity) {
+  const QPointF pixel(plot.xAxis->coordToPixel(x), plot.yAxis->coordToPixel(intensity));
+  QMouseEvent move(QEvent::MouseMove, pixel, plot.mapToGlobal(pixel), Qt::NoButton, Qt::NoButton,
+                   Qt::NoModifier);
+  QApplication::sendEvent(&plot, &move);
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
-  QMainWindow frame;
-  frame.setWindowTitle("QUARVEL - Display and handle diffraction patterns");
-  frame.show();
+  QApplication::setApplicationName("quarvel");
+  QApplication::setApplicationVersion(QUARVEL_VERSION);
+  QApplication::setWindowIcon(quarvel::appIcon());
+  const Options options = parseOptions(app);
+
+  quarvel::DesktopApp desktop(std::filesystem::current_path());
+  desktop.window().show();
+  desktop.window().arrangeDefault();
+  if (!options.file.isEmpty()) {
+    desktop.openFile(std::filesystem::absolute(options.file.toStdString()).string());
+  } else if (options.demo) {
+    quarvel::loadDemoPattern(desktop.session());
+  }
+  if (!options.screenshot.isEmpty()) {
+    QTimer::singleShot(800, &app, [&desktop, &options] {
+      pointAt(desktop.window().graphics().plot(), 47.3, 5200.0);
+      desktop.window().grab().save(options.screenshot);
+      QApplication::exit(0);  // leaves without the questions a user gets when closing
+    });
+  }
   return QApplication::exec();
 }

@@ -54,6 +54,17 @@ double toXUnit(double twoTheta, int unit, double wavelength) {
   return (std::isfinite(d) && d > 0.0) ? 6.283185 / d : 0.0;
 }
 
+double twoThetaAtPlotX(const Session& s, double x) {
+  const Selection& sel = s.store().selection;
+  const double lambda = wavelengthOf(s, s.store().pattern());
+  double twoTheta = x;
+  if (sel.xAxisUnit != XAxisUnit::TwoTheta) {
+    const double d = sel.xAxisUnit == XAxisUnit::D ? x : 6.283185 / x;
+    twoTheta = 2.0 * std::asin(std::clamp(lambda / (2.0 * d), -1.0, 1.0)) * 57.29578;
+  }
+  return twoTheta - sel.zeroCorrection;
+}
+
 PlotScene buildPlotScene(const Session& s) {
   PlotScene scene;
   const Selection& sel = s.store().selection;

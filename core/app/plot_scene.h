@@ -39,4 +39,9 @@ PlotScene buildPlotScene(const Session& session);
 // Converts a 2θ (degrees) into the x unit (1 2θ, 2 d in Å, 3 Q in 1/Å) at `wavelength`.
 double toXUnit(double twoTheta, int unit, double wavelength);
 
+// The pattern's 2θ (degrees) at plot position `x` in the session's current x unit: the inverse
+// of the conversion buildPlotScene applies (x unit, wavelength and zero correction). Used when
+// the user marks positions in the plot.
+double twoThetaAtPlotX(const Session& session, double x);
+
 }  // namespace quarvel
