@@ -1,7 +1,9 @@
 // quarvel: the desktop program.
 //   quarvel [FILE]   starts with FILE opened (a pattern, or a .sum summary file).
 // Hidden options for developers: --demo fills the plot with a synthetic pattern, and
-// --screenshot PNG saves a picture of the frame once it is drawn and exits.
+// --screenshot PNG saves a picture of the frame once it is drawn and exits, and --apply ID,ID,...
+// runs menu commands after the file is opened the way a script runs them (no dialogs, no
+// questions, the remembered settings), for reproducible pictures of results.
 #include <filesystem>
 
 #include <QApplication>
@@ -20,6 +22,7 @@ struct Options {
   QString file;
   bool demo = false;
   QString screenshot;
+  QStringList apply;
 };
 
 Options parseOptions(const QApplication& app) {
@@ -31,7 +34,10 @@ Options parseOptions(const QApplication& app) {
   QCommandLineOption demo("demo", "Show a synthetic pattern.");
   QCommandLineOption screenshot("screenshot", "Save a PNG of the window and exit.", "png");
   demo.setFlags(QCommandLineOption::HiddenFromHelp);
+  QCommandLineOption apply("apply", "Run these menu commands without dialogs.", "ids");
   screenshot.setFlags(QCommandLineOption::HiddenFromHelp);
+  apply.setFlags(QCommandLineOption::HiddenFromHelp);
+  parser.addOption(apply);
   parser.addOption(demo);
   parser.addOption(screenshot);
   parser.process(app);
@@ -39,6 +45,7 @@ Options parseOptions(const QApplication& app) {
   if (!parser.positionalArguments().isEmpty()) options.file = parser.positionalArguments().front();
   options.demo = parser.isSet(demo);
   options.screenshot = parser.value(screenshot);
+  options.apply = parser.value(apply).split(',', Qt::SkipEmptyParts);
   return options;
 }
 
@@ -48,6 +55,19 @@ void pointAt(quarvel::PlotView& plot, double x, double intensity) {
   QMouseEvent move(QEvent::MouseMove, pixel, plot.mapToGlobal(pixel), Qt::NoButton, Qt::NoButton,
                    Qt::NoModifier);
   QApplication::sendEvent(&plot, &move);
+}
+
+// The example pattern shipped with the program: beside an installed program, or in the source
+// tree it was built from.
+std::string bundledExample() {
+  const std::filesystem::path here = QCoreApplication::applicationDirPath().toStdString();
+  for (const std::filesystem::path& candidate :
+       {here / "../share/quarvel/examples/silicon.xy", here / "examples/silicon.xy",
+        std::filesystem::path(QUARVEL_EXAMPLES_DIR) / "silicon.xy"}) {
+    std::error_code ec;
+    if (std::filesystem::is_regular_file(candidate, ec)) return std::filesystem::canonical(candidate, ec).string();
+  }
+  return {};
 }
 
 }  // namespace
@@ -66,6 +86,16 @@ int main(int argc, char** argv) {
     desktop.openFile(std::filesystem::absolute(options.file.toStdString()).string());
   } else if (options.demo) {
     quarvel::loadDemoPattern(desktop.session());
+  } else if (desktop.session().settings().values.recentFiles.empty()) {
+    // First start (nothing opened yet): show the bundled example so there is something to see.
+    if (const auto example = bundledExample(); !example.empty()) desktop.openFile(example);
+  }
+  if (!options.apply.isEmpty()) {
+    quarvel::Session& session = desktop.session();
+    session.flags.scriptRunning = true;
+    for (const QString& id : options.apply) desktop.dispatcher().dispatch(id.toInt());
+    session.flags.scriptRunning = false;
+    session.refreshView();
   }
   if (!options.screenshot.isEmpty()) {
     QTimer::singleShot(800, &app, [&desktop, &options] {
