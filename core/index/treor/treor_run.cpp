@@ -1,0 +1,617 @@
+#include "core/index/treor/treor_run.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <numeric>
+
+#include "core/app/shell.h"
+#include "core/common/numbers.h"
+#include "core/index/lattice/calculated_lines.h"
+#include "core/index/lattice/lattice_relations.h"
+#include "core/index/lattice/units.h"
+#include "core/index/treor/cell_report.h"
+
+namespace quarvel {
+
+namespace {
+
+constexpr double kReferenceWavelength = 1.5406;
+constexpr int kMaxTrialLines = 25;  // lines used in trials and refinement
+constexpr int kMaxRefinementsPerStage = 60;
+
+using BaseSets = std::vector<std::vector<int>>;
+
+double qFromGiven(double value, int choice, double wavelength) {
+  switch (choice) {
+    case 0: return qFromSinSquaredTheta(value, wavelength);
+    case 1: return value;
+    case 2: return qFromTwoTheta(2.0 * value, wavelength);
+    case 4: return value > 0 ? qFromD(value) : 0.0;
+    default: return qFromTwoTheta(value, wavelength);
+  }
+}
+
+// The windows are sin²θ values calibrated for Cu Kα; at other wavelengths the default windows
+// are scaled to keep the same window in q. A value the user chose is taken as it is.
+double effectiveWindow(double value, double defaultValue, double wavelength) {
+  if (value != defaultValue || (wavelength > 1.3 && wavelength < 1.8)) return value;
+  const double ratio = wavelength / kReferenceWavelength;
+  return value * ratio * ratio;
+}
+
+std::string keywordLine(const std::string& name, const std::string& value) { return " " + name + value; }
+
+class TreorRunner {
+ public:
+  TreorRunner(const TreorInput& input, Shell* shell) : input_(input), k_(input.keywords), shell_(shell) {}
+
+  TreorResult run() {
+    header();
+    prepareLines();
+    echoLines();
+    if (lines_.q.size() < 3) {
+      out(" TOO FEW LINES FOR INDEXING");
+      ending();
+      return finish();
+    }
+    prepareProblem();
+    echoParameters();
+    TrialSearch search(problem_, [this] { return shell_ && shell_->interruptRequested(); });
+    search_ = &search;
+    const bool allSystems = k_.vol < 0;
+    runStage("CUBIC", 0.0, [this] { cubic(); });
+    if (!stop(k_.ks)) runStage("TETRAGONAL", 0.15, [this] { twoParameter(CrystalSystem::Tetragonal, "TETRAGONAL"); });
+    if (!stop(k_.ks)) runStage("HEXAGONAL", 0.25, [this] { twoParameter(CrystalSystem::Hexagonal, "HEXAGONAL"); });
+    if (!stop(k_.ks)) runStage("ORTHORHOMBIC", 0.35, [this] { orthorhombic(); });
+    if (allSystems && !stop(k_.ks)) runStage("MONOCLINIC", 0.45, [this] { monoclinic(); });
+    if (allSystems && !stop(k_.ths)) runStage("TRICLINIC", 0.75, [this] { triclinic(); });
+    result_.interrupted = search.stopped();
+    if (result_.interrupted) out(" CALCULATIONS INTERRUPTED BY THE USER");
+    summary();
+    ending();
+    return finish();
+  }
+
+ private:
+  void out(std::string line) { result_.report.push_back(std::move(line)); }
+
+  TreorResult finish() {
+    if (shell_) shell_->progress(1.0, "TREOR90");
+    return std::move(result_);
+  }
+
+  bool stop(int switchValue) const { return accepted_ > 0 && switchValue != 0; }
+
+  void header() {
+    out(" ");
+    out("          *******************************************************");
+    out("          *   TREOR90  TRIAL-AND-ERROR INDEXING OF POWDER DATA   *");
+    out("          *        OPTIMIZED CODE - VERSION JANUARY 1990         *");
+    out("          *******************************************************");
+    out(" ");
+    out(" " + input_.title);
+    out(" ");
+  }
+
+  void prepareLines() {
+    const double lambda = k_.wave > 0 ? k_.wave : 1.54056;
+    struct Raw {
+      double q, given;
+    };
+    std::vector<Raw> raw;
+    for (double v : input_.values) {
+      const double q = qFromGiven(v, k_.choice, lambda);
+      if (q > 0 && std::isfinite(q)) raw.push_back({q, v});
+    }
+    std::stable_sort(raw.begin(), raw.end(), [](const Raw& a, const Raw& b) { return a.q < b.q; });
+    lines_.wavelength = lambda;
+    for (const Raw& r : raw) {
+      lines_.q.push_back(r.q);
+      lines_.given.push_back(r.given);
+      lines_.twoTheta.push_back(twoThetaFromQ(r.q, lambda));
+    }
+    lines_.refineLines = kMaxTrialLines;
+    const double d2 = effectiveWindow(k_.d2, 0.0004, lambda);
+    lines_.refineTolerance = qFromSinSquaredTheta(d2, lambda);
+  }
+
+  void echoLines() {
+    out("   NO.    GIVEN     SIN2TH      2THETA       D        ");
+    const double lambda = lines_.wavelength;
+    int below = 0;
+    for (std::size_t i = 0; i < lines_.q.size(); ++i) {
+      const double sst = sinSquaredTheta(lines_.q[i], lambda);
+      if (sst < 0.327) ++below;
+      out(formatI(static_cast<long>(i + 1), 6) + formatF(lines_.given[i], 10, 4) + formatF(sst, 11, 6) +
+          formatF(lines_.twoTheta[i], 11, 3) + formatF(dFromQ(lines_.q[i]), 10, 5));
+    }
+    out(" ");
+    out(" NUMBER OF LINES WITH SIN2TH LESS THAN 0.327 =" + formatI(below, 4));
+    flagHigherOrders();
+  }
+
+  // A line among the first seven that is the 2nd to 4th order of an earlier one says little
+  // new about the cell and would waste base-line sets.
+  void flagHigherOrders() {
+    const int n = std::min<int>(7, static_cast<int>(lines_.q.size()));
+    flagged_.assign(lines_.q.size(), false);
+    const double tol = qFromSinSquaredTheta(effectiveWindow(k_.d1, 0.0002, lines_.wavelength), lines_.wavelength);
+    if (k_.idiv == 0) return;
+    bool adjusted = false;
+    for (int j = 1; j < n; ++j)
+      for (int i = 0; i < j && !flagged_[j]; ++i)
+        for (int order = 2; order <= 4; ++order) {
+          if (flagged_[i] || std::abs(lines_.q[j] - order * order * lines_.q[i]) > tol) continue;
+          flagged_[j] = true;
+          out(" LINE" + formatI(j + 1, 3) + " IS ORDER" + formatI(order, 2) + " OF LINE" + formatI(i + 1, 3) +
+              " AND SHOULD NOT BE INCLUDED IN THE TREOR");
+          out(" BASE LINE SETS. IT WILL BE SKIPPED IN THE TRIAL PHASE.");
+          // The higher order is measured at a higher angle with a smaller relative error.
+          lines_.q[i] = 0.5 * (lines_.q[i] + lines_.q[j] / (order * order));
+          adjusted = true;
+          break;
+        }
+    if (adjusted) {
+      out(" THE 7 FIRST LINES ADJUSTED BY THEIR HIGHER ORDERS");
+      out(" (LINES DELETED FROM THE BASE LINE SETS ARE STILL USED IN THE REFINEMNETS)");
+    }
+  }
+
+  void prepareProblem() {
+    const double lambda = lines_.wavelength;
+    problem_.q.assign(lines_.q.begin(), lines_.q.begin() + std::min<std::size_t>(kMaxTrialLines, lines_.q.size()));
+    int tests = std::min<int>(std::max(k_.testLines, 3), static_cast<int>(problem_.q.size()));
+    if (k_.ssqtl > 0) {
+      int within = 0;
+      while (within < tests && sinSquaredTheta(problem_.q[within], lambda) <= k_.ssqtl) ++within;
+      tests = std::max(within, std::min(tests, 8));
+    }
+    problem_.testLines = tests;
+    problem_.iqRequired = k_.iq > 0 ? std::min(k_.iq, tests) : tests - 1;
+    printIq_ = k_.printIq > 0 ? k_.printIq : problem_.iqRequired;
+    problem_.tolerance = qFromSinSquaredTheta(effectiveWindow(k_.d1, 0.0002, lambda), lambda);
+    problem_.maxEdge = k_.cem > 0 ? k_.cem : 25.0;
+    problem_.maxBeta = k_.maxBeta;
+    for (int i = 0; i < static_cast<int>(problem_.q.size()); ++i)
+      if (!flagged_[i]) base_.push_back(i);
+    if (k_.select > 0 && k_.select <= static_cast<int>(problem_.q.size())) selected_ = k_.select - 1;
+  }
+
+  void echoParameters() {
+    out(" ");
+    out(" STOP LIMITS");
+    out(keywordLine("MAX CELL VOLUME=", formatF(std::abs(k_.vol), 10, 1)));
+    out(keywordLine("MAX CELL EDGE=", formatF(problem_.maxEdge, 8, 2)));
+    out(keywordLine("MAX NUMBER OF UNINDEXED LINES IN FIGURE OF MERIT TEST=", formatI(k_.nix, 3)));
+    out(keywordLine("FIGURE OF MERIT REQUIRED=", formatF(k_.merit, 6, 1)));
+    out(" ");
+    out(keywordLine("WAVE=", formatF(lines_.wavelength, 9, 5)));
+    out(keywordLine("CHOICE=", formatI(k_.choice, 2)));
+    out(keywordLine("D1=", formatF(k_.d1, 9, 5)) + keywordLine("D2=", formatF(k_.d2, 9, 5)));
+    out(keywordLine("EFFECTIVE D1=", formatF(sinSquaredTheta(problem_.tolerance, lines_.wavelength), 9, 6)) +
+        keywordLine("EFFECTIVE D2=", formatF(sinSquaredTheta(lines_.refineTolerance, lines_.wavelength), 9, 6)));
+    out(keywordLine("SSQTL=", formatF(k_.ssqtl, 8, 4)));
+    out(keywordLine("MOLAR WEIGHT=", formatF(k_.molw, 9, 2)) + keywordLine("DENSITY=", formatF(k_.dens, 7, 3)) +
+        keywordLine("MAX. DENSITY DEVIATION=", formatF(k_.edens, 7, 3)));
+    out(keywordLine("NUMBER OF TEST LINES=", formatI(problem_.testLines, 3)));
+    out(keywordLine("IQ REQUIRED=", formatI(problem_.iqRequired, 3)));
+    out(keywordLine("SELECTED BASE LINES=", formatI(k_.select, 3)));
+    out(keywordLine("PRINT ALL TRIALS WITH IQ GE", formatI(printIq_, 3)));
+    out(keywordLine("KS=", formatI(k_.ks, 2)) + keywordLine("THS=", formatI(k_.ths, 2)));
+  }
+
+  template <typename Stage>
+  void runStage(const std::string& name, double progress, Stage stage) {
+    if (search_->stopped()) return;
+    if (shell_) shell_->progress(progress, name + " TEST");
+    out(" ");
+    out(" ** " + name + " TEST");
+    refinedInStage_ = 0;
+    passesInStage_ = 0;
+    volumeLimit_ = std::abs(k_.vol);
+    out(" MAX. VOLUME=" + formatF(volumeLimit_, 10, 1));
+    search_->beginStage(volumeLimit_, printIq_);
+    stage();
+  }
+
+  // Base-line numbers count the lines left for the trials; SELECT forces one line into every set.
+  std::vector<int> baseLines(const std::vector<int>& set) const {
+    std::vector<int> out;
+    for (int number : set) {
+      if (number - 1 >= static_cast<int>(base_.size())) return {};
+      out.push_back(base_[number - 1]);
+    }
+    if (selected_ >= 0 && std::find(out.begin(), out.end(), selected_) == out.end()) out.back() = selected_;
+    std::sort(out.begin(), out.end());
+    if (std::adjacent_find(out.begin(), out.end()) != out.end()) return {};
+    return out;
+  }
+
+  std::string setText(const std::vector<int>& lines) const {
+    std::string text;
+    for (int line : lines) text += formatI(line + 1, 3);
+    return text;
+  }
+
+  TrialSink sinkFor(const std::string& family, const char* constantsName) {
+    return [this, family, constantsName](const Trial& trial) { onTrial(trial, family, constantsName); };
+  }
+
+  void onTrial(const Trial& trial, const std::string& family, const char* constantsName) {
+    std::string line = " K=" + formatI(trial.iq, 3) + " " + constantsName;
+    const int n = freeParameterCount(trial.system);
+    const double lambda = lines_.wavelength;
+    for (int i = 0; i < std::min(n, 4); ++i) line += formatF(sinSquaredTheta(trial.parameters[i], lambda), 11, 7);
+    if (trial.system != CrystalSystem::Triclinic) out(line);
+    if (trial.iq < problem_.iqRequired) return;
+    ++passesInStage_;
+    ++familyCounts_[family];
+    if (refinedInStage_ >= kMaxRefinementsPerStage) return;
+    if (tooManyCalculatedLines(trial.metric)) return;
+    refineCandidate(trial, family);
+  }
+
+  // A cell with many more calculated lines than observed ones indexes almost anything.
+  bool tooManyCalculatedLines(const ReciprocalMetric& metric) {
+    const double qLast = problem_.q[problem_.testLines - 1];
+    calculatedLines(metric, Centring::P, qLast, scratch_);
+    return countDistinct(scratch_, qLast) > 4 * (problem_.testLines + 1);
+  }
+
+  void refineCandidate(const Trial& trial, const std::string& family) {
+    RefinedTrial refined = refineTrial(lines_, trial.system, trial.metric);
+    const ReciprocalMetric metric = refined.solved ? refined.refinement.metric : trial.metric;
+    const auto cell = cellFromMetric(metric);
+    if (!cell) return;
+    // A lattice already refined in this run is not printed again.
+    for (const TreorCell& known : result_.cells)
+      if (sameLattice(known.cell, Centring::P, *cell, Centring::P)) return;
+    ++refinedInStage_;
+    printRefinement(result_.report, lines_, trial.system, &trial.metric, refined);
+    TreorCell stored{trial.system, family, *cell, Centring::P, cellVolume(*cell), refined.figure.m, refined.figure.unindexed, false};
+    stored.accepted = stored.m20 >= k_.merit && stored.unindexed <= k_.nix;
+    if (stored.accepted) {
+      accept(trial.system, metric, stored);
+      stored.centring = latticeCentring(trial.system, metricFromCell(stored.cell), stored.unindexed);
+    }
+    result_.cells.push_back(stored);
+  }
+
+  void accept(CrystalSystem system, const ReciprocalMetric& metric, TreorCell& stored) {
+    ++accepted_;
+    out(" ");
+    out(" ***** YOU HAVE GOT AN INTERESTING RESULT !!! *****");
+    out(" THE REFINEMENT OF THE CELL WILL NOW BE REPEATED");
+    out(" THREE CYCLES MORE. --- GOOD LUCK !");
+    const RefinedTrial again = refineTrial(lines_, system, metric, 3);
+    printRefinement(result_.report, lines_, system, nullptr, again);
+    if (again.solved) {
+      if (const auto cell = cellFromMetric(again.refinement.metric)) {
+        stored.cell = *cell;
+        stored.volume = cellVolume(*cell);
+        stored.m20 = again.figure.m;
+        stored.unindexed = again.figure.unindexed;
+      }
+    }
+    printCellAnalysis(result_.report, lines_, stored.cell, stored.m20);
+  }
+
+  // The centring whose absences the lines obey: the one with the best M20 that leaves no more
+  // lines unindexed than the primitive cell.
+  Centring latticeCentring(CrystalSystem system, const ReciprocalMetric& metric, int unindexed) const {
+    std::vector<Centring> options{Centring::I, Centring::F, Centring::A, Centring::B, Centring::C};
+    if (system == CrystalSystem::Hexagonal) options = {Centring::R};
+    const std::vector<double> q(lines_.q.begin(), lines_.q.begin() + std::min<std::size_t>(20, lines_.q.size()));
+    const std::vector<double> tolerance(q.size(), lines_.refineTolerance);
+    Centring best = Centring::P;
+    double bestMerit = deWolffFigure(q, tolerance, metric, Centring::P).m;
+    for (Centring c : options) {
+      const DeWolffFigure f = deWolffFigure(q, tolerance, metric, c);
+      if (f.unindexed <= unindexed && f.m > bestMerit * 1.2) {
+        best = c;
+        bestMerit = f.m;
+      }
+    }
+    return best;
+  }
+
+  // Stages ---------------------------------------------------------------------------------
+
+  void cubic() {
+    const auto labels = labelTable(CrystalSystem::Cubic, 6, 12);
+    for (const auto& set : BaseSets{{1}, {2}, {3}}) {
+      const auto lines = baseLines(set);
+      if (lines.empty()) continue;
+      search_->searchBaseSet(CrystalSystem::Cubic, lines, labels, sinkFor("CUBIC", "X="));
+    }
+  }
+
+  void twoParameter(CrystalSystem system, const std::string& family) {
+    const auto labels = labelTable(system, 5, 8);
+    for (const auto& set : BaseSets{{1, 2}, {1, 3}, {2, 3}}) {
+      const auto lines = baseLines(set);
+      if (lines.empty()) continue;
+      out(" BASE LINES:" + setText(lines));
+      search_->searchBaseSet(system, lines, labels, sinkFor(family, "XY="));
+    }
+  }
+
+  void orthorhombic() {
+    const auto labels = labelTable(CrystalSystem::Orthorhombic, 3, 5);
+    for (const auto& set : BaseSets{{1, 2, 3}, {1, 2, 4}, {1, 2, 5}, {1, 3, 4}, {2, 3, 4}, {1, 2, 6}}) {
+      const auto lines = baseLines(set);
+      if (lines.empty()) continue;
+      out(" BASE LINES:" + setText(lines));
+      search_->searchBaseSet(CrystalSystem::Orthorhombic, lines, labels, sinkFor("ORTHORHOMBIC", "XYZ="));
+    }
+    out(" ");
+    out(" ORTHOROMBIC DOMINANT ZONE TEST");
+    orthorhombicDominantZone();
+  }
+
+  // A short c axis puts the first lines in the hk0 zone: solve the rectangular zone from two
+  // lines, then take the first line it leaves unindexed as hk1 or hk2.
+  void orthorhombicDominantZone() {
+    std::vector<LabelRow> zoneLabels;
+    for (const LabelRow& row : labelTable(CrystalSystem::Orthorhombic, 4, 6))
+      if (row.hkl[2] == 0) zoneLabels.push_back(row);
+    std::vector<std::array<int, 3>> third;
+    for (int h = 0; h <= 2; ++h)
+      for (int k = 0; k <= 2; ++k)
+        for (int l = 1; l <= 2; ++l) third.push_back({h, k, l});
+    for (const auto& set : BaseSets{{1, 2}, {1, 3}, {2, 3}}) {
+      const auto lines = baseLines(set);
+      if (lines.empty()) continue;
+      std::vector<std::vector<std::array<int, 3>>> rows(2);
+      for (int i = 0; i < 2; ++i)
+        for (const LabelRow& row : search_->filterLabels(CrystalSystem::Orthorhombic, zoneLabels, problem_.q[lines[i]]))
+          rows[i].push_back(row.hkl);
+      ReciprocalMetric zoneStart;
+      zoneStart.C = 0;
+      search_->completeMetric(CrystalSystem::Orthorhombic, zoneStart, {0, 1}, lines, rows,
+                              [&](const Trial& zone) { completeZone(zone.metric, {2}, third, "ORTHORHOMBIC", "XYZ="); },
+                              nullptr, false);
+    }
+  }
+
+  // The zone metric is accepted as a 2D trial when it indexes the first lines; its first
+  // unindexed test lines fix the remaining coefficients.
+  void completeZone(const ReciprocalMetric& zone, const std::vector<int>& unknown,
+                    const std::vector<std::array<int, 3>>& hkl, const std::string& family, const char* name) {
+    const auto missing = search_->unindexedTestLines(zone, static_cast<int>(unknown.size()));
+    if (missing.size() != unknown.size()) return;
+    // Zone trials are admitted before they are complete; too few indexed lines means the zone is wrong.
+    if (missing.front() < static_cast<int>(unknown.size()) + 1) return;
+    const CrystalSystem system = family == "ORTHORHOMBIC" ? CrystalSystem::Orthorhombic
+                               : family == "TRICLINIC"    ? CrystalSystem::Triclinic
+                                                          : CrystalSystem::Monoclinic;
+    std::vector<std::vector<std::array<int, 3>>> rows(unknown.size(), hkl);
+    search_->completeMetric(system, zone, unknown, missing, rows, sinkFor(family, name));
+  }
+
+  void monoclinic() {
+    out(" MAX BETA ALLOWED=" + formatF(problem_.maxBeta, 7, 1));
+    out(" ");
+    out(" (020)-SEARCH");
+    monoclinic020();
+    const auto labels = labelTable(CrystalSystem::Monoclinic, 3, 4);
+    BaseSets sets{{1, 2, 3, 4}, {1, 2, 3, 5}, {1, 2, 4, 5}};
+    if (k_.monoset)
+      for (const auto& extra : BaseSets{{1, 3, 4, 5}, {1, 2, 3, 6}, {2, 3, 4, 5}, {1, 2, 3, 7}}) sets.push_back(extra);
+    out(" ");
+    out(" MONOCLINIC DOMINANT ZONE TEST");
+    monoclinicDominantZone();
+    out(" ");
+    out(" MONOCLINIC GENERAL TESTS");
+    for (const auto& set : sets) {
+      if (stop(k_.ths)) break;
+      const auto lines = baseLines(set);
+      if (lines.empty()) continue;
+      out(" BASE LINES:" + setText(lines));
+      search_->searchBaseSet(CrystalSystem::Monoclinic, lines, labels, sinkFor("MONOCLINIC GENERAL", "XYZU="));
+      lowerVolumeLimit("NEW MONOCLINIC VOLUME LIMIT=");
+    }
+  }
+
+  // Once b* is known every line splits into an h0l part and k²B; the h0l zone is then solved
+  // from the smallest reduced values.
+  void monoclinic020() {
+    const int n = std::min<int>(12, static_cast<int>(problem_.q.size()));
+    std::vector<std::array<int, 3>> zoneHkl;
+    for (int h = 0; h <= 3; ++h)
+      for (int l = -3; l <= 3; ++l)
+        if ((h || l) && !(h == 0 && l < 0) && std::abs(h) + std::abs(l) <= 4) zoneHkl.push_back({h, 0, l});
+    for (int b = 0; b < std::min<int>(5, static_cast<int>(base_.size())); ++b)
+      for (int k0 = 1; k0 <= 2; ++k0) {
+        const double B = problem_.q[base_[b]] / (k0 * k0);
+        if (!supportsB(B)) continue;
+        std::vector<double> reduced;
+        for (int j = 0; j < n; ++j)
+          for (int kk = 0; kk <= 2; ++kk) {
+            const double r = problem_.q[j] - kk * kk * B;
+            if (r > problem_.tolerance) reduced.push_back(r);
+          }
+        std::sort(reduced.begin(), reduced.end());
+        reduced.erase(std::unique(reduced.begin(), reduced.end(),
+                                  [this](double x, double y) { return y - x < problem_.tolerance; }),
+                      reduced.end());
+        if (reduced.size() < 3) continue;
+        ReciprocalMetric known;
+        known.B = B;
+        for (const auto& triple : BaseSets{{0, 1, 2}, {0, 1, 3}, {0, 2, 3}, {1, 2, 3}}) {
+          if (triple.back() >= static_cast<int>(reduced.size())) continue;
+          std::vector<double> values;
+          for (int t : triple) values.push_back(reduced[t]);
+          std::vector<std::vector<std::array<int, 3>>> rows(3, zoneHkl);
+          search_->completeMetric(CrystalSystem::Monoclinic, known, {0, 2, 4}, {-1, -1, -1}, rows,
+                                  sinkFor("MONOCLINIC (020)", "XYZU="), &values);
+        }
+      }
+  }
+
+  // B is a real axis parameter when several pairs of lines differ by (k'² − k²)B.
+  bool supportsB(double B) const {
+    int pairs = 0;
+    const int n = std::min<int>(15, static_cast<int>(problem_.q.size()));
+    for (int i = 0; i < n; ++i)
+      for (int j = i + 1; j < n; ++j)
+        for (double f : {1.0, 3.0, 4.0, 5.0, 8.0})
+          if (std::abs(problem_.q[j] - problem_.q[i] - f * B) <= problem_.tolerance) ++pairs;
+    return pairs >= 2;
+  }
+
+  void monoclinicDominantZone() {
+    // Short b: the first lines are h0l; B comes from the first line the zone leaves out.
+    std::vector<LabelRow> zoneLabels;
+    for (const LabelRow& row : labelTable(CrystalSystem::Monoclinic, 3, 4))
+      if (row.hkl[1] == 0) zoneLabels.push_back(row);
+    std::vector<std::array<int, 3>> withK;
+    for (int h = -2; h <= 2; ++h)
+      for (int l = -2; l <= 2; ++l) withK.push_back({h, 1, l});
+    for (const auto& set : BaseSets{{1, 2, 3}, {1, 2, 4}, {1, 3, 4}}) {
+      const auto lines = baseLines(set);
+      if (lines.empty()) continue;
+      std::vector<std::vector<std::array<int, 3>>> rows(3);
+      for (int i = 0; i < 3; ++i)
+        for (const LabelRow& row : search_->filterLabels(CrystalSystem::Monoclinic, zoneLabels, problem_.q[lines[i]]))
+          rows[i].push_back(row.hkl);
+      search_->completeMetric(CrystalSystem::Monoclinic, ReciprocalMetric{}, {0, 2, 4}, lines, rows,
+                              [&](const Trial& zone) {
+                                completeZone(zone.metric, {1}, withK, "MONOCLINIC DOMINANT ZONE", "XYZU=");
+                              },
+                              nullptr, false);
+    }
+  }
+
+  void lowerVolumeLimit(const std::string& text) {
+    if (passesInStage_ <= 50) return;
+    volumeLimit_ *= 0.8;
+    search_->setMaxVolume(volumeLimit_);
+    passesInStage_ = 0;
+    out(" " + text + formatF(volumeLimit_, 10, 1));
+  }
+
+  void triclinic() {
+    out(" ");
+    const auto labels = labelTable(CrystalSystem::Triclinic, 2, 2);
+    // The first line is taken as (100) and the second gets non-negative indices.
+    std::vector<LabelRow> first{{designRow(CrystalSystem::Triclinic, 1, 0, 0), {1, 0, 0}}};
+    std::vector<LabelRow> second;
+    for (const LabelRow& row : labels)
+      if (row.hkl[0] >= 0 && row.hkl[1] >= 0 && row.hkl[2] >= 0) second.push_back(row);
+    for (const auto& set : BaseSets{{1, 2, 3, 4, 5, 6}, {1, 2, 3, 4, 5, 7}, {1, 2, 3, 4, 5, 8}, {1, 2, 3, 4, 6, 7},
+                                    {1, 2, 3, 4, 6, 8}, {1, 2, 3, 5, 6, 8}, {1, 2, 3, 5, 6, 7}, {1, 2, 3, 5, 7, 8},
+                                    {1, 2, 3, 4, 5, 9}}) {
+      if (stop(k_.ths) || search_->stopped()) break;
+      const auto lines = baseLines(set);
+      if (lines.empty()) continue;
+      std::vector<std::vector<LabelRow>> rows{first,
+                                              search_->filterLabels(CrystalSystem::Triclinic, second, problem_.q[lines[1]])};
+      for (std::size_t i = 2; i < lines.size(); ++i)
+        rows.push_back(search_->filterLabels(CrystalSystem::Triclinic, labels, problem_.q[lines[i]]));
+      out(" BASE LINES:" + setText(lines));
+      search_->searchRows(CrystalSystem::Triclinic, lines, rows, sinkFor("TRICLINIC", "XYZU="));
+      lowerVolumeLimit("NEW TRICLINIC VOLUME LIMIT=");
+    }
+    out(" ");
+    out(" TRICLINIC DOMINANT ZONE TEST");
+    triclinicDominantZone();
+  }
+
+  // An oblique hk0 zone from three lines, then C, D, E from the first three lines it misses,
+  // taken as hk1.
+  void triclinicDominantZone() {
+    std::vector<std::array<int, 3>> zoneHkl, layer;
+    for (int h = 0; h <= 2; ++h)
+      for (int k = -2; k <= 2; ++k)
+        if ((h || k) && !(h == 0 && k < 0)) zoneHkl.push_back({h, k, 0});
+    for (int h = -1; h <= 1; ++h)
+      for (int k = -1; k <= 1; ++k) layer.push_back({h, k, 1});
+    const auto lines = baseLines({1, 2, 3});
+    if (lines.empty()) return;
+    std::vector<std::vector<std::array<int, 3>>> rows(3, zoneHkl);
+    rows[0] = {{1, 0, 0}};
+    search_->completeMetric(CrystalSystem::Triclinic, ReciprocalMetric{}, {0, 1, 5}, lines, rows,
+                            [&](const Trial& zone) { completeZone(zone.metric, {2, 3, 4}, layer, "TRICLINIC", "XYZU="); },
+                            nullptr, false);
+  }
+
+  // End ------------------------------------------------------------------------------------
+
+  void summary() {
+    out(" ");
+    const std::string iq = formatI(problem_.iqRequired, 3);
+    for (const auto& [family, text] : std::vector<std::pair<std::string, std::string>>{
+             {"CUBIC", "IN CUBIC TESTS"},
+             {"TETRAGONAL", "IN TETRAGONAL TESTS"},
+             {"HEXAGONAL", "IN HEXAGONAL TESTS"},
+             {"ORTHORHOMBIC", "IN ORTHORHOMBIC TESTS"},
+             {"MONOCLINIC (020)", "IN MONOCLINIC (020)-TESTS"},
+             {"MONOCLINIC DOMINANT ZONE", "IN MONOCLINIC DOMINANT ZONE TESTS"},
+             {"MONOCLINIC GENERAL", "IN MONOCLINIC GENERAL TESTS"},
+             {"TRICLINIC", "IN TRICLINIC TESTS"}})
+      out(" NUMBER OF CELLS WITH" + iq + " OR MORE INDEXABLE LINES " + text + " =" + formatI(familyCounts_[family], 6));
+    out(" ");
+    out(" END OF INDEXING CALCULATIONS");
+  }
+
+  void ending() {
+    out(" ");
+    if (accepted_ > 0) {
+      out(" THIS MAY BE THE SOLUTION !!!");
+      out(" TO CHECK THE SOLUTION SET KS=0 (AND THS=0) TO CONTINUE WITH THE LOWER SYMMETRIES,");
+      out(" DECREASE NIX OR INCREASE MERIT.");
+      rankAccepted();
+    } else {
+      out(" NO SOLUTION ACCEPTED.....THINK!");
+    }
+  }
+
+  // The accepted cells best first; written without the cell layout of the refinement blocks so
+  // that the solution reader takes each cell once per refinement only.
+  void rankAccepted() {
+    std::vector<const TreorCell*> accepted;
+    for (const TreorCell& c : result_.cells)
+      if (c.accepted) accepted.push_back(&c);
+    std::stable_sort(accepted.begin(), accepted.end(), [](const TreorCell* x, const TreorCell* y) {
+      if (x->m20 != y->m20) return x->m20 > y->m20;
+      if (x->unindexed != y->unindexed) return x->unindexed < y->unindexed;
+      return x->volume < y->volume;
+    });
+    out(" ");
+    out(" ACCEPTED CELLS, BEST M20 FIRST:");
+    for (const TreorCell* c : accepted)
+      out(" " + padRight(toUpper(crystalSystemName(c->system)), 14) + formatF(c->cell.a, 10, 5) +
+          formatF(c->cell.b, 10, 5) + formatF(c->cell.c, 10, 5) + formatF(c->cell.alpha, 9, 3) +
+          formatF(c->cell.beta, 9, 3) + formatF(c->cell.gamma, 9, 3) + formatF(c->volume, 10, 2) + "  M20=" +
+          formatF(c->m20, 7, 1));
+  }
+
+  const TreorInput& input_;
+  const TreorKeywords& k_;
+  Shell* shell_;
+  TreorResult result_;
+  ObservedLines lines_;
+  std::vector<bool> flagged_;
+  std::vector<int> base_;  // lines (0-based) available to the base-line sets
+  int selected_ = -1;
+  TrialProblem problem_;
+  int printIq_ = 0;
+  TrialSearch* search_ = nullptr;
+  double volumeLimit_ = 0;
+  int refinedInStage_ = 0, passesInStage_ = 0, accepted_ = 0;
+  std::map<std::string, int> familyCounts_;
+  std::vector<CalculatedLine> scratch_;
+};
+
+}  // namespace
+
+TreorResult runTreor(const TreorInput& input, Shell* shell) { return TreorRunner(input, shell).run(); }
+
+std::vector<std::string> invalidCardReport(const std::string& badCard) {
+  return {" ", " " + badCard, " **ERROR** PROGRAM CONTROL CARD INVALID.", " PROBABLY MISSING COMMA OR DELIMITER KEYWORD",
+          " OR UNIDENTIFIED KEYWORD."};
+}
+
+}  // namespace quarvel

@@ -1,0 +1,41 @@
+// One run of the trial-and-error engine on a parsed input: pre-processing of the lines, the
+// search stages from cubic to triclinic, refinement of the cells that index enough test lines,
+// the analysis of accepted cells and the report text.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "core/index/lattice/centring.h"
+#include "core/index/lattice/metric_refinement.h"
+#include "core/index/treor/treor_input.h"
+#include "core/index/treor/trial_search.h"
+
+namespace quarvel {
+
+class Shell;
+
+// A trial cell after least squares, as the report lists it.
+struct TreorCell {
+  CrystalSystem system = CrystalSystem::Triclinic;
+  std::string family;  // the test that found it ("CUBIC", "MONOCLINIC (020)", ...)
+  CellParameters cell;
+  Centring centring = Centring::P;  // the lattice centring the indexed lines obey
+  double volume = 0;
+  double m20 = 0;
+  int unindexed = 0;
+  bool accepted = false;
+};
+
+struct TreorResult {
+  std::vector<std::string> report;  // the lines of the output file
+  std::vector<TreorCell> cells;     // every refined cell, in the order found
+  bool interrupted = false;
+};
+
+// `shell` may be null (no progress, no interruption).
+TreorResult runTreor(const TreorInput& input, Shell* shell);
+// The report of an input that failed to parse.
+std::vector<std::string> invalidCardReport(const std::string& badCard);
+
+}  // namespace quarvel

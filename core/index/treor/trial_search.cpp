@@ -1,0 +1,272 @@
+#include "core/index/treor/trial_search.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+#include "core/index/lattice/calculated_lines.h"
+
+namespace quarvel {
+
+namespace {
+
+int indexSum(const std::array<int, 3>& hkl) { return std::abs(hkl[0]) + std::abs(hkl[1]) + std::abs(hkl[2]); }
+
+// Gaussian elimination with partial pivoting on an n×n system (n ≤ 6); false when singular.
+bool solveSmall(int n, std::array<std::array<double, 7>, 6> m, MetricParameters& p) {
+  double scale = 0;
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j < n; ++j) scale = std::max(scale, std::abs(m[i][j]));
+  if (scale == 0) return false;
+  for (int col = 0; col < n; ++col) {
+    int pivot = col;
+    for (int r = col + 1; r < n; ++r)
+      if (std::abs(m[r][col]) > std::abs(m[pivot][col])) pivot = r;
+    if (std::abs(m[pivot][col]) < 1e-9 * scale) return false;
+    std::swap(m[pivot], m[col]);
+    for (int r = col + 1; r < n; ++r) {
+      const double f = m[r][col] / m[col][col];
+      if (f == 0) continue;
+      for (int c = col; c <= n; ++c) m[r][c] -= f * m[col][c];
+    }
+  }
+  for (int r = n - 1; r >= 0; --r) {
+    double s = m[r][n];
+    for (int c = r + 1; c < n; ++c) s -= m[r][c] * p[c];
+    p[r] = s / m[r][r];
+  }
+  return true;
+}
+
+// A cell seen before in this stage, whatever the order of its axes: the sorted magnitudes of
+// the six coefficients, quantised on a log scale.
+std::uint64_t cellKey(const ReciprocalMetric& m) {
+  std::array<double, 6> v{std::abs(m.A), std::abs(m.B), std::abs(m.C), std::abs(m.D), std::abs(m.E), std::abs(m.F)};
+  std::sort(v.begin(), v.end());
+  std::uint64_t key = 1469598103934665603ULL;
+  for (double x : v) {
+    const long bucket = x < 1e-12 ? -1 : std::lround(std::log(x) * 1000.0);
+    key = (key ^ static_cast<std::uint64_t>(bucket)) * 1099511628211ULL;
+  }
+  return key;
+}
+
+double coefficient(const ReciprocalMetric& m, int i) {
+  switch (i) {
+    case 0: return m.A;
+    case 1: return m.B;
+    case 2: return m.C;
+    case 3: return m.D;
+    case 4: return m.E;
+    default: return m.F;
+  }
+}
+
+void setCoefficient(ReciprocalMetric& m, int i, double v) {
+  switch (i) {
+    case 0: m.A = v; break;
+    case 1: m.B = v; break;
+    case 2: m.C = v; break;
+    case 3: m.D = v; break;
+    case 4: m.E = v; break;
+    default: m.F = v; break;
+  }
+}
+
+// The six products h², k², l², kl, hl, hk that multiply A..F.
+std::array<double, 6> products(const std::array<int, 3>& hkl) {
+  const double h = hkl[0], k = hkl[1], l = hkl[2];
+  return {h * h, k * k, l * l, k * l, h * l, h * k};
+}
+
+}  // namespace
+
+std::vector<LabelRow> labelTable(CrystalSystem system, int maxIndex, int maxSum) {
+  std::vector<std::array<int, 3>> indices;
+  // Non-negative indices first, so that a row's representative is the plainest one.
+  auto order = [maxIndex] {
+    std::vector<int> v;
+    for (int i = 0; i <= maxIndex; ++i) v.push_back(i);
+    for (int i = 1; i <= maxIndex; ++i) v.push_back(-i);
+    return v;
+  }();
+  for (int h : order)
+    for (int k : order)
+      for (int l : order)
+        if ((h || k || l) && std::abs(h) + std::abs(k) + std::abs(l) <= maxSum) indices.push_back({h, k, l});
+  std::stable_sort(indices.begin(), indices.end(),
+                   [](const auto& a, const auto& b) { return indexSum(a) < indexSum(b); });
+  std::vector<LabelRow> rows;
+  std::map<MetricParameters, bool> seen;
+  for (const auto& hkl : indices) {
+    const MetricParameters x = designRow(system, hkl[0], hkl[1], hkl[2]);
+    if (seen.emplace(x, true).second) rows.push_back({x, hkl});
+  }
+  return rows;
+}
+
+TrialSearch::TrialSearch(const TrialProblem& problem, std::function<bool()> interrupted)
+    : problem_(problem), interrupted_(std::move(interrupted)) {}
+
+void TrialSearch::beginStage(double maxVolume, int printThreshold) {
+  maxVolume_ = maxVolume;
+  printThreshold_ = printThreshold;
+  seen_.clear();
+}
+
+bool TrialSearch::poll() {
+  if (!stopped_ && (solved_ & 0xFFF) == 0 && interrupted_ && interrupted_()) stopped_ = true;
+  return !stopped_;
+}
+
+std::vector<LabelRow> TrialSearch::filterLabels(CrystalSystem system, const std::vector<LabelRow>& labels,
+                                                double q) const {
+  // Every index is bounded by edge·√q (the projection of the reciprocal vector on the axis);
+  // in the orthogonal systems every squared coefficient is at least 1/edge², which bounds the
+  // row sum as well.
+  const double edgeReach = problem_.maxEdge * std::sqrt(q) * (1 + 1e-6);
+  const double sumReach = q * problem_.maxEdge * problem_.maxEdge * (1 + 1e-6);
+  std::vector<LabelRow> out;
+  for (const LabelRow& row : labels) {
+    const auto& hkl = row.hkl;
+    if (std::max({std::abs(hkl[0]), std::abs(hkl[1]), std::abs(hkl[2])}) > edgeReach) continue;
+    double weighted = 0;
+    switch (system) {
+      case CrystalSystem::Cubic:
+      case CrystalSystem::Tetragonal:
+      case CrystalSystem::Orthorhombic: weighted = row.x[0] + row.x[1] + row.x[2]; break;
+      case CrystalSystem::Hexagonal: weighted = 4.0 / 3.0 * row.x[0] + row.x[1]; break;
+      default: break;
+    }
+    if (weighted > sumReach) continue;
+    out.push_back(row);
+  }
+  return out;
+}
+
+int TrialSearch::indexedTestLines(const ReciprocalMetric& metric, int required) const {
+  const int n = std::min<int>(problem_.testLines, static_cast<int>(problem_.q.size()));
+  const int allowedMisses = n - required;
+  int misses = 0;
+  for (int i = 0; i < n; ++i) {
+    if (!hasLineWithin(metric, Centring::P, problem_.q[i], problem_.tolerance) && ++misses > allowedMisses)
+      return n - misses;
+  }
+  return n - misses;
+}
+
+std::vector<int> TrialSearch::unindexedTestLines(const ReciprocalMetric& metric, int count) const {
+  std::vector<int> out;
+  const int n = std::min<int>(problem_.testLines, static_cast<int>(problem_.q.size()));
+  for (int i = 0; i < n && static_cast<int>(out.size()) < count; ++i)
+    if (!hasLineWithin(metric, Centring::P, problem_.q[i], problem_.tolerance)) out.push_back(i);
+  return out;
+}
+
+bool TrialSearch::admit(Trial& trial) {
+  const ReciprocalMetric& m = trial.metric;
+  if (!isPositiveDefinite(m)) return false;
+  const auto cell = cellFromMetric(m);
+  if (!cell) return false;
+  for (double edge : {cell->a, cell->b, cell->c})
+    if (edge < problem_.minEdge || edge > problem_.maxEdge) return false;
+  const double volume = cellVolume(*cell);
+  if (volume < problem_.minVolume || volume > maxVolume_) return false;
+  if (std::max(cell->beta, 180.0 - cell->beta) > problem_.maxBeta) return false;
+  if (!seen_.insert(cellKey(m)).second) return false;
+  trial.iq = indexedTestLines(m, printThreshold_);
+  return trial.iq >= printThreshold_;
+}
+
+void TrialSearch::searchBaseSet(CrystalSystem system, const std::vector<int>& baseLines,
+                                const std::vector<LabelRow>& labels, const TrialSink& sink) {
+  std::vector<std::vector<LabelRow>> rows;
+  for (int line : baseLines) rows.push_back(filterLabels(system, labels, problem_.q[line]));
+  searchRows(system, baseLines, rows, sink);
+}
+
+void TrialSearch::searchRows(CrystalSystem system, const std::vector<int>& baseLines,
+                             const std::vector<std::vector<LabelRow>>& rowsPerLine, const TrialSink& sink) {
+  const int n = freeParameterCount(system);
+  if (static_cast<int>(baseLines.size()) != n) return;
+  std::array<std::array<double, 7>, 6> matrix{};
+  std::vector<const LabelRow*> chosen(n, nullptr);
+  std::function<void(int)> place = [&](int depth) {
+    if (stopped_) return;
+    if (depth == n) {
+      ++solved_;
+      if (!poll()) return;
+      Trial trial;
+      trial.system = system;
+      if (!solveSmall(n, matrix, trial.parameters)) return;
+      for (int i = 0; i < n; ++i)
+        if ((system != CrystalSystem::Triclinic && system != CrystalSystem::Monoclinic) || i < 3)
+          if (trial.parameters[i] <= 0) return;
+      trial.metric = metricFromParameters(system, std::span<const double>(trial.parameters.data(), n));
+      trial.lines = baseLines;
+      for (const LabelRow* r : chosen) trial.hkl.push_back(r->hkl);
+      if (admit(trial)) sink(trial);
+      return;
+    }
+    const double q = problem_.q[baseLines[depth]];
+    for (const LabelRow& row : rowsPerLine[depth]) {
+      // The same row twice makes the system singular.
+      bool repeated = false;
+      for (int d = 0; d < depth; ++d) repeated = repeated || chosen[d]->x == row.x;
+      if (repeated) continue;
+      for (int c = 0; c < n; ++c) matrix[depth][c] = row.x[c];
+      matrix[depth][n] = q;
+      chosen[depth] = &row;
+      place(depth + 1);
+    }
+  };
+  place(0);
+}
+
+void TrialSearch::completeMetric(CrystalSystem system, const ReciprocalMetric& known, const std::vector<int>& unknown,
+                                 const std::vector<int>& lines,
+                                 const std::vector<std::vector<std::array<int, 3>>>& rowsPerLine, const TrialSink& sink,
+                                 const std::vector<double>* qOverride, bool admitTrial) {
+  const int n = static_cast<int>(unknown.size());
+  if (static_cast<int>(lines.size()) != n) return;
+  std::array<std::array<double, 7>, 6> matrix{};
+  std::vector<std::array<int, 3>> chosen(n);
+  std::function<void(int)> place = [&](int depth) {
+    if (stopped_) return;
+    if (depth == n) {
+      ++solved_;
+      if (!poll()) return;
+      MetricParameters p{};
+      if (!solveSmall(n, matrix, p)) return;
+      Trial trial;
+      trial.system = system;
+      trial.metric = known;
+      for (int i = 0; i < n; ++i) setCoefficient(trial.metric, unknown[i], p[i]);
+      trial.parameters = parametersFromMetric(system, trial.metric);
+      trial.lines = lines;
+      trial.hkl = chosen;
+      if (!admitTrial) {
+        for (int i = 0; i < n; ++i)
+          if (unknown[i] < 3 && p[i] <= 0) return;
+        sink(trial);
+        return;
+      }
+      if (admit(trial)) sink(trial);
+      return;
+    }
+    const double q = qOverride ? (*qOverride)[depth] : problem_.q[lines[depth]];
+    for (const auto& hkl : rowsPerLine[depth]) {
+      const auto x = products(hkl);
+      double knownPart = 0;
+      for (int c = 0; c < 6; ++c)
+        if (std::find(unknown.begin(), unknown.end(), c) == unknown.end()) knownPart += x[c] * coefficient(known, c);
+      for (int c = 0; c < n; ++c) matrix[depth][c] = x[unknown[c]];
+      matrix[depth][n] = q - knownPart;
+      chosen[depth] = hkl;
+      place(depth + 1);
+    }
+  };
+  place(0);
+}
+
+}  // namespace quarvel

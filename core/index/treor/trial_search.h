@@ -1,0 +1,100 @@
+// The trial machinery of the trial-and-error engine: label tables (distinct rows of the
+// quadratic form per crystal system), the per-line label filter, the n×n trial solves over a
+// base-line set, admissibility of the trial cell and the count of test lines it indexes.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <unordered_set>
+#include <vector>
+
+#include "core/index/lattice/crystal_system.h"
+#include "core/index/lattice/reciprocal_metric.h"
+
+namespace quarvel {
+
+// One distinct design row of a crystal system and the smallest indices that give it.
+struct LabelRow {
+  MetricParameters x{};
+  std::array<int, 3> hkl{};
+};
+
+// Rows with every |index| ≤ maxIndex and |h|+|k|+|l| ≤ maxSum, small indices first.
+std::vector<LabelRow> labelTable(CrystalSystem system, int maxIndex, int maxSum);
+
+// Everything a trial needs to know about the observed lines, in q = 1/d² (Å⁻²).
+struct TrialProblem {
+  std::vector<double> q;  // ascending
+  int testLines = 15;     // the first lines of q
+  int iqRequired = 14;
+  double tolerance = 0;   // q window of the trial phase
+  double maxEdge = 25.0, minEdge = 2.0;
+  double minVolume = 20.0;
+  double maxBeta = 125.0;
+};
+
+struct Trial {
+  CrystalSystem system = CrystalSystem::Cubic;
+  ReciprocalMetric metric;
+  MetricParameters parameters{};   // the free coefficients of the system
+  std::vector<int> lines;          // observed lines (0-based) the solve used
+  std::vector<std::array<int, 3>> hkl;  // indices given to them
+  int iq = 0;                      // test lines indexed
+};
+
+// Receives every new admissible trial that reaches the print threshold.
+using TrialSink = std::function<void(const Trial&)>;
+
+class TrialSearch {
+ public:
+  TrialSearch(const TrialProblem& problem, std::function<bool()> interrupted);
+
+  // Starts a new stage: its volume limit and an empty set of cells already seen.
+  void beginStage(double maxVolume, int printThreshold);
+  void setMaxVolume(double maxVolume) { maxVolume_ = maxVolume; }
+
+  // Every assignment of rows to the base lines (one row list per line, after the per-line
+  // filter) solved for the system's free coefficients.
+  void searchBaseSet(CrystalSystem system, const std::vector<int>& baseLines, const std::vector<LabelRow>& labels,
+                     const TrialSink& sink);
+  // The same with a caller-chosen row list per line (forced indices of some lines).
+  void searchRows(CrystalSystem system, const std::vector<int>& baseLines,
+                  const std::vector<std::vector<LabelRow>>& rowsPerLine, const TrialSink& sink);
+
+  // Completes a partly known metric: `known` fixes some coefficients; the remaining ones
+  // (`unknown`, indices into A..F) are solved from `lines` (or the values `qOverride`), each
+  // given indices from `rowsPerLine`. Without `admitTrial` the result is a 2D zone handed on
+  // unchecked apart from positive squared coefficients.
+  void completeMetric(CrystalSystem system, const ReciprocalMetric& known, const std::vector<int>& unknown,
+                      const std::vector<int>& lines, const std::vector<std::vector<std::array<int, 3>>>& rowsPerLine,
+                      const TrialSink& sink, const std::vector<double>* qOverride = nullptr,
+                      bool admitTrial = true);
+
+  // Test lines indexed by a metric within the trial window (stops early once IQ is out of reach).
+  int indexedTestLines(const ReciprocalMetric& metric, int required) const;
+  // First test lines (0-based) that the metric leaves unindexed.
+  std::vector<int> unindexedTestLines(const ReciprocalMetric& metric, int count) const;
+
+  // Labels a line of value q can carry with admissible parameters.
+  std::vector<LabelRow> filterLabels(CrystalSystem system, const std::vector<LabelRow>& labels, double q) const;
+
+  long trialsSolved() const { return solved_; }
+  bool stopped() const { return stopped_; }
+  const TrialProblem& problem() const { return problem_; }
+
+  // Accepts the trial when admissible and not yet seen in this stage; fills iq.
+  bool admit(Trial& trial);
+
+ private:
+  bool poll();
+
+  TrialProblem problem_;
+  std::function<bool()> interrupted_;
+  double maxVolume_ = 0;
+  int printThreshold_ = 0;
+  std::unordered_set<std::uint64_t> seen_;
+  long solved_ = 0;
+  bool stopped_ = false;
+};
+
+}  // namespace quarvel
