@@ -42,7 +42,14 @@ TEST(TreorCases, Explore) {
     if (c.system == CrystalSystem::Triclinic || c.system == CrystalSystem::Monoclinic) continue;
     TimingShell shell;
     const auto start = std::chrono::steady_clock::now();
-    const TreorResult result = runTreor(inputForCase(c), &shell);
+    TreorInput input = inputForCase(c);
+    if (const char* p = std::getenv("TREOR_IPRINT")) input.keywords.printIq = std::atoi(p);
+    const TreorResult result = runTreor(input, &shell);
+    if (const char* dump = std::getenv("TREOR_DUMP"); dump && c.name == dump) {
+      FILE* f = std::fopen("/tmp/treor_dump.out", "w");
+      for (const auto& line : result.report) std::fprintf(f, "%s\n", line.c_str());
+      std::fclose(f);
+    }
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     const auto accepted = acceptedCandidates(result);
     std::printf("%-45s %-12s found=%d accepted=%zu refined=%zu %.2fs best=%.1f\n", c.name.c_str(),

@@ -19,6 +19,9 @@ namespace {
 constexpr double kReferenceWavelength = 1.5406;
 constexpr int kMaxTrialLines = 25;  // lines used in trials and refinement
 constexpr int kMaxRefinementsPerStage = 60;
+// Trial cells with more calculated lines than this many times the test lines are not refined
+// (centred lattices seen as primitive need up to four times, rhombohedral ones three).
+constexpr int kCalculatedLinesFactor = 8;
 
 using BaseSets = std::vector<std::vector<int>>;
 
@@ -256,7 +259,7 @@ class TreorRunner {
   bool tooManyCalculatedLines(const ReciprocalMetric& metric) {
     const double qLast = problem_.q[problem_.testLines - 1];
     calculatedLines(metric, Centring::P, qLast, scratch_);
-    return countDistinct(scratch_, qLast) > 4 * (problem_.testLines + 1);
+    return countDistinct(scratch_, qLast) > kCalculatedLinesFactor * (problem_.testLines + 1);
   }
 
   void refineCandidate(const Trial& trial, const std::string& family) {
