@@ -5,6 +5,8 @@
 #include "cli/commands_command.h"
 #include "cli/lines_command.h"
 #include "cli/pattern_commands.h"
+#include "cli/peaks_commands.h"
+#include "cli/script_command.h"
 
 int main(int argc, char** argv) {
   CLI::App app{"QUARVEL command-line tools: inspect, convert and process powder diffraction patterns"};
@@ -13,6 +15,8 @@ int main(int argc, char** argv) {
   int exitCode = 0;
   quarvel::addCommandsCommand(app, std::cout);
   quarvel::addPatternCommands(app, std::cout, std::cerr, exitCode);
+  quarvel::addPeaksCommands(app, std::cout, std::cerr, exitCode);
+  quarvel::addScriptCommand(app, std::cout, std::cerr, exitCode);
   quarvel::addLinesCommand(app, std::cout);
   try {
     app.parse(argc, argv);

@@ -49,7 +49,7 @@ def pattern():
             lp = (1 + math.cos(2 * th) ** 2) / (math.sin(th) ** 2 * math.cos(th))
             inten = w * weight * f_si(stl) ** 2 * math.exp(-2 * B_ISO * stl * stl) * lp
             t = math.tan(th)
-            fwhm = math.sqrt(0.004 * t * t - 0.002 * t + 0.003)
+            fwhm = math.sqrt(0.02 * t * t - 0.006 * t + 0.012)
             for i in range(max(0, int((tt - 10 * fwhm - x0) / step)), min(npts, int((tt + 10 * fwhm - x0) / step) + 1)):
                 dx = (xs[i] - tt) / fwhm
                 g = math.exp(-4 * math.log(2) * dx * dx) * 2 * math.sqrt(math.log(2) / math.pi) / fwhm

@@ -82,6 +82,24 @@ DialogModel& DialogModel::browse(std::string target, FileRequest request, std::s
   return *this;
 }
 
+DialogModel& DialogModel::plotPick(std::string key, std::string label) {
+  DialogControl c;
+  c.kind = ControlKind::PlotPick;
+  c.key = std::move(key);
+  c.label = std::move(label);
+  add(std::move(c));
+  return *this;
+}
+
+std::vector<double> DialogModel::picked(std::string_view key) const {
+  std::vector<double> values;
+  if (const DialogControl* c = find(key))
+    for (const auto& row : c->rows)
+      if (!row.empty())
+        if (auto v = parseNumber(row.front())) values.push_back(*v);
+  return values;
+}
+
 DialogModel& DialogModel::button(std::string label, int returnCode) {
   DialogControl c;
   c.kind = ControlKind::Button;

@@ -20,6 +20,7 @@ enum class ControlKind {
   Table,       // rows x columns grid; `editableColumns` says which columns the user may change
   Browse,      // a "Browse" button that fills the edit `target` from a file dialog
   Button,      // closes the dialog and makes runDialog return `returnCode`
+  PlotPick,    // while the dialog is open, clicks in the plot add their 2θ to `rows` (one per row)
 };
 
 struct FileRequest {
@@ -71,6 +72,9 @@ class DialogModel {
   DialogModel& listBox(std::string key, std::string label, std::vector<std::string> lines);
   DialogModel& browse(std::string target, FileRequest request, std::string group = "");
   DialogModel& button(std::string label, int returnCode);
+  // Positions marked in the plot while the dialog is open, read back as 2θ values.
+  DialogModel& plotPick(std::string key, std::string label);
+  std::vector<double> picked(std::string_view key) const;
   // OK (kOk) and Cancel (kCancel).
   DialogModel& okCancel();
   DialogControl& add(DialogControl control);

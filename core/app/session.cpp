@@ -29,6 +29,8 @@ void Session::start() {
   menu_.setRecentFiles(settings_.values.recentFiles);
 }
 
+void Session::saveSettings() { settings_.rewrite(settingsFolder_, *shell_); }
+
 void Session::keepUndoCopy() { store_->keepUndoCopy(); }
 
 void Session::undo() {

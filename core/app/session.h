@@ -60,6 +60,9 @@ class Session {
   // and put the recent files into the File menu.
   void start();
 
+  // Rewrites quarvel.ini (in the folder the program started in) with the current settings.
+  void saveSettings();
+
   // Single-level undo.
   void keepUndoCopy();
   void undo();

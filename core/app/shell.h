@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "core/app/dialog_model.h"
 #include "core/app/menu_model.h"
@@ -45,6 +46,13 @@ class Shell {
   virtual bool interruptRequested() = 0;
   // Progress of a long computation, fraction in [0, 1].
   virtual void progress(double fraction, std::string_view text) = 0;
+
+  // Prints a report (the peak list, ...) with the report printer; a desktop without a printer
+  // writes a PDF. A shell without a printer puts the lines into the notes.
+  virtual void printReport(std::string_view title, const std::vector<std::string>& lines) {
+    appendNotes(title);
+    for (const auto& line : lines) appendNotes(line);
+  }
 };
 
 }  // namespace quarvel

@@ -15,6 +15,7 @@ struct BackgroundState {
   float intervalLow = 0.0f, intervalHigh = 0.0f;
   bool weightedAverage = false;
   int autoSmoothingFactor = 201;  // window of the automatic background, points (script BKGR)
+  double autoScale = 1.0;         // factor on the automatic background before it is subtracted
 };
 
 }  // namespace quarvel

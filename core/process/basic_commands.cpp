@@ -52,17 +52,15 @@ bool askTruncate(Session& s) {
   return true;
 }
 
+constexpr const char* kCoefficientNames[] = {"A0", "A1", "A2", "A3", "A4", "A5"};
+
 bool askPolynomial(Session& s) {
   ProcessSettings& p = s.process;
   DialogModel d(msg::kAddPolynomialTitle, 92, 141);
-  for (std::size_t k = 0; k < p.polynomial.size(); ++k) {
-    const std::string name = "A" + std::to_string(k);
-    d.edit(name, name, p.polynomial[k]);
-  }
+  for (std::size_t k = 0; k < p.polynomial.size(); ++k) d.edit(kCoefficientNames[k], kCoefficientNames[k], p.polynomial[k]);
   d.okCancel();
   if (s.shell().runDialog(d) != DialogModel::kOk) return false;
-  for (std::size_t k = 0; k < p.polynomial.size(); ++k)
-    p.polynomial[k] = numberOr(d, ("A" + std::to_string(k)).c_str(), p.polynomial[k]);
+  for (std::size_t k = 0; k < p.polynomial.size(); ++k) p.polynomial[k] = numberOr(d, kCoefficientNames[k], p.polynomial[k]);
   return true;
 }
 

@@ -41,15 +41,13 @@ bool convertPattern(PatternSlot& slot, const ConvertSettings& c) {
   convertPoints(slot, c.newWavelength / c.oldWavelength, x, y);
   if (x.size() < 2) return false;
 
-  std::vector<float> grid(static_cast<std::size_t>(count));
-  for (int i = 0; i < count; ++i) grid[static_cast<std::size_t>(i)] = c.start + static_cast<float>(i) * c.step;
   const CubicSpline spline(x, y);
   std::span<float> out{slot.y.data(), static_cast<std::size_t>(count)};
-  spline.resample(grid, out);
+  spline.resampleGrid(c.start, c.step, out);
   // No extrapolation: the pattern was not measured there.
   const float tolerance = 1.0e-3f * c.step;
   for (int i = 0; i < count; ++i) {
-    const float g = grid[static_cast<std::size_t>(i)];
+    const float g = c.start + static_cast<float>(i) * c.step;
     if (g < x.front() - tolerance || g > x.back() + tolerance) out[static_cast<std::size_t>(i)] = 0.0f;
   }
   slot.start = c.start;

@@ -20,7 +20,7 @@ DialogControl regionList(const std::vector<ExcludedRegion>& regions) {
   DialogControl list;
   list.kind = ControlKind::ListEditor;
   list.key = kRegionsKey;
-  list.label = "-";  // the two edits of a row are joined by a dash
+  list.label = std::string(1, '-');  // the two edits of a row are joined by a dash
   list.columns = {"Low", "High"};
   list.editableColumns = {true, true};
   list.options = {"Change", "Add", "Insert", "Delete"};

@@ -20,10 +20,10 @@ void resampleOntoOriginalGrid(PatternSlot& slot, float remainder) {
   // First lattice point inside the shifted range: the shifted start moved back by the
   // remainder, one step further in when the remainder is positive.
   const float newStart = slot.start - remainder + (remainder > 0.0f ? slot.step : 0.0f);
-  std::vector<float> at(static_cast<std::size_t>(n - 1));
-  for (int i = 0; i < n - 1; ++i) at[static_cast<std::size_t>(i)] = newStart + static_cast<float>(i) * slot.step;
-  const CubicSpline spline(x, slot.data());
-  spline.resample(at, slot.data().first(static_cast<std::size_t>(n - 1)));
+  // The spline reads the intensities it is overwriting, so it works from a copy.
+  const std::vector<float> y(slot.data().begin(), slot.data().end());
+  const CubicSpline spline(x, y);
+  spline.resampleGrid(newStart, slot.step, slot.data().first(static_cast<std::size_t>(n - 1)));
   slot.count = n - 1;
   slot.start = newStart;
 }

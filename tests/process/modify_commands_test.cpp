@@ -9,6 +9,7 @@
 #include "core/app/command_dispatcher.h"
 #include "core/app/command_ids.h"
 #include "core/app/list_editor.h"
+#include "core/app/plot_scene.h"
 #include "core/app/recording_shell.h"
 #include "core/app/session.h"
 #include "core/process/modify_operations.h"
@@ -161,6 +162,7 @@ TEST_F(ModifyFixture, ExcludedRegionsRefuseTheTwentySixthAndZeroTheirPoints) {
   EXPECT_FLOAT_EQ(pattern().y[3], 0.0f);
   EXPECT_FLOAT_EQ(pattern().y[4], 100.0f + 10.4f);
   EXPECT_FLOAT_EQ(session.store().slot(kSlotAsLoaded).y[1], 0.0f);
+  EXPECT_EQ(buildPlotScene(session).excludedSpans.size(), 25u);  // shaded in the plot
 
   inspect();  // the list comes back; Insert is refused at the limit too, Delete makes room
   dispatcher.dispatch(cmd::kExcludedRegions);
