@@ -1,6 +1,6 @@
-// An allocator for large, mostly unused buffers of trivial values: memory comes straight from
-// the operating system as zeroed pages that are only mapped when first touched, and
-// value-initialisation writes nothing.
+// An allocator for large, mostly unused buffers of trivial values: memory comes zeroed from
+// calloc, which does not clear memory it takes fresh from the system (so untouched pages are
+// never mapped), and value-initialisation writes nothing.
 // The pattern store reserves room for 20000 points in every slot, its undo copy and its axis
 // tables; with this allocator a session only pays for the pages its patterns really use.
 #pragma once
@@ -12,7 +12,7 @@
 
 namespace quarvel {
 
-// Zeroed memory of `bytes` from the operating system (throws std::bad_alloc), and its release.
+// Zeroed memory of `bytes` (throws std::bad_alloc), and its release.
 void* allocateZeroedPages(std::size_t bytes);
 void releaseZeroedPages(void* p, std::size_t bytes) noexcept;
 
