@@ -7,6 +7,7 @@
 #include "cli/pattern_commands.h"
 #include "cli/peaks_commands.h"
 #include "cli/script_command.h"
+#include "cli/treor_command.h"
 
 int main(int argc, char** argv) {
   CLI::App app{"QUARVEL command-line tools: inspect, convert and process powder diffraction patterns"};
@@ -18,6 +19,7 @@ int main(int argc, char** argv) {
   quarvel::addPeaksCommands(app, std::cout, std::cerr, exitCode);
   quarvel::addScriptCommand(app, std::cout, std::cerr, exitCode);
   quarvel::addLinesCommand(app, std::cout);
+  quarvel::addTreorCommand(app, std::cout, std::cerr, exitCode);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {

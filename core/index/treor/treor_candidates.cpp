@@ -1,0 +1,34 @@
+#include "core/index/treor/treor_candidates.h"
+
+#include <algorithm>
+
+namespace quarvel {
+
+std::vector<CandidateCell> acceptedCandidates(const TreorResult& result) {
+  std::vector<const TreorCell*> accepted;
+  for (const TreorCell& cell : result.cells)
+    if (cell.accepted) accepted.push_back(&cell);
+  std::stable_sort(accepted.begin(), accepted.end(), [](const TreorCell* x, const TreorCell* y) {
+    if (x->m20 != y->m20) return x->m20 > y->m20;
+    if (x->unindexed != y->unindexed) return x->unindexed < y->unindexed;
+    return x->volume < y->volume;
+  });
+  std::vector<CandidateCell> out;
+  for (const TreorCell* cell : accepted) out.push_back({cell->cell, cell->centring, cell->m20});
+  return out;
+}
+
+TreorInput treorInputFor(const IndexingCase& problem) {
+  TreorInput input;
+  input.title = problem.name;
+  input.values = problem.twoTheta;
+  input.keywords.choice = 3;
+  input.keywords.wave = problem.wavelength;
+  return input;
+}
+
+std::vector<CandidateCell> indexWithTreor(const IndexingCase& problem) {
+  return acceptedCandidates(runTreor(treorInputFor(problem), nullptr));
+}
+
+}  // namespace quarvel
