@@ -25,6 +25,11 @@ constexpr int kCalculatedLinesFactor = 8;
 
 using BaseSets = std::vector<std::vector<int>>;
 
+// The (020) search solves the h0l zone from triples among the smallest zone values.
+constexpr std::size_t kZoneValues = 5;
+const BaseSets kZoneTriples{{0, 1, 2}, {0, 1, 3}, {0, 2, 3}, {1, 2, 3}, {0, 1, 4},
+                            {0, 2, 4}, {1, 2, 4}, {0, 3, 4}, {1, 3, 4}, {2, 3, 4}};
+
 double qFromGiven(double value, int choice, double wavelength) {
   switch (choice) {
     case 0: return qFromSinSquaredTheta(value, wavelength);
@@ -429,20 +434,11 @@ class TreorRunner {
       for (int k0 = 1; k0 <= 2; ++k0) {
         const double B = problem_.q[base_[b]] / (k0 * k0);
         if (!supportsB(B)) continue;
-        std::vector<double> reduced;
-        for (int j = 0; j < n; ++j)
-          for (int kk = 0; kk <= 2; ++kk) {
-            const double r = problem_.q[j] - kk * kk * B;
-            if (r > problem_.tolerance) reduced.push_back(r);
-          }
-        std::sort(reduced.begin(), reduced.end());
-        reduced.erase(std::unique(reduced.begin(), reduced.end(),
-                                  [this](double x, double y) { return y - x < problem_.tolerance; }),
-                      reduced.end());
+        const std::vector<double> reduced = zoneValues(B, n);
         if (reduced.size() < 3) continue;
         ReciprocalMetric known;
         known.B = B;
-        for (const auto& triple : BaseSets{{0, 1, 2}, {0, 1, 3}, {0, 2, 3}, {1, 2, 3}}) {
+        for (const auto& triple : kZoneTriples) {
           if (triple.back() >= static_cast<int>(reduced.size())) continue;
           std::vector<double> values;
           for (int t : triple) values.push_back(reduced[t]);
@@ -462,6 +458,30 @@ class TreorRunner {
         for (double f : {1.0, 3.0, 4.0, 5.0, 8.0})
           if (std::abs(problem_.q[j] - problem_.q[i] - f * B) <= problem_.tolerance) ++pairs;
     return pairs >= 2;
+  }
+
+  // Candidate h0l values once B is known: the first lines themselves, and q − k²B where another
+  // line confirms it. A difference that no other line repeats is mostly a line of another k
+  // minus the wrong multiple of B, and would crowd the few smallest values the zone is solved from.
+  std::vector<double> zoneValues(double B, int n) const {
+    std::vector<double> candidates;
+    for (int j = 0; j < n; ++j)
+      for (int kk = 0; kk <= 2; ++kk) {
+        const double r = problem_.q[j] - kk * kk * B;
+        if (r > problem_.tolerance && std::abs(r - B) > problem_.tolerance) candidates.push_back(r);
+      }
+    std::sort(candidates.begin(), candidates.end());
+    std::vector<double> values;
+    for (std::size_t i = 0; i < candidates.size();) {
+      std::size_t end = i + 1;
+      while (end < candidates.size() && candidates[end] - candidates[i] < problem_.tolerance) ++end;
+      const bool observed = std::any_of(problem_.q.begin(), problem_.q.begin() + n,
+                                        [&](double q) { return std::abs(q - candidates[i]) < problem_.tolerance; });
+      if (observed || end - i >= 2) values.push_back(candidates[i]);
+      i = end;
+    }
+    if (values.size() > kZoneValues) values.resize(kZoneValues);
+    return values;
   }
 
   void monoclinicDominantZone() {
