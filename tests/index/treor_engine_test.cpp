@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <sstream>
 
 #include "core/app/recording_shell.h"
+#include "core/common/text_file.h"
 #include "core/index/benchmark/indexing_matrix.h"
 #include "core/index/lattice/synthetic_lines.h"
 #include "core/index/treor/treor_candidates.h"
@@ -56,6 +59,86 @@ TEST(TreorEngine, FindsTheCellOfEachCrystalSystem) {
     const TreorResult result = runTreor(treorInputFor(c), nullptr);
     EXPECT_TRUE(knownCellFound(c, acceptedCandidates(result), 4)) << s.name << "\n" << reportText(result);
   }
+}
+
+const SyntheticCell kOrthorhombic{"orthorhombic P", CrystalSystem::Orthorhombic, {7.517, 5.286, 4.913, 90, 90, 90},
+                                  Centring::P};
+
+TEST(TreorEngine, TheSolutionReaderTakesTheAcceptedCellsFromTheReport) {
+  TreorInput input = treorInputFor(syntheticCase(kOrthorhombic));
+  const TreorResult result = runTreor(input, nullptr);
+  std::istringstream in(reportText(result));
+  const TreorSolutionsRead read = readTreorSolutions(in);
+  ASSERT_FALSE(read.error) << *read.error;
+  // Every refined cell is one block; an accepted cell gets a second block after three more cycles.
+  std::size_t blocks = 0;
+  for (const TreorCell& cell : result.cells) blocks += cell.accepted ? 2 : 1;
+  ASSERT_EQ(read.solutions.size(), std::min<std::size_t>(blocks, kMaxIndexingSolutions));
+  std::size_t row = 0;
+  for (const TreorCell& cell : result.cells) {
+    row += cell.accepted ? 1 : 0;  // the final block holds the values the run kept
+    const IndexingSolution& s = read.solutions[row++];
+    EXPECT_NEAR(s.a, cell.cell.a, 2e-6 * cell.cell.a);
+    EXPECT_NEAR(s.b, cell.cell.b, 2e-6 * cell.cell.b);
+    EXPECT_NEAR(s.c, cell.cell.c, 2e-6 * cell.cell.c);
+    EXPECT_NEAR(s.beta, cell.cell.beta, 1e-5);
+    EXPECT_NEAR(s.volume, cell.volume, 0.01);
+    EXPECT_EQ(s.merit, static_cast<float>(std::lround(cell.m20)));
+    EXPECT_EQ(s.nix, static_cast<float>(cell.unindexed));
+  }
+}
+
+TEST(TreorEngine, VolumeLimitBelowEveryTrialEndsWithoutSolution) {
+  TreorInput input = treorInputFor(syntheticCase(kOrthorhombic));
+  input.keywords.vol = 50;  // the cell is 195 Å³
+  const TreorResult result = runTreor(input, nullptr);
+  const std::string report = reportText(result);
+  EXPECT_TRUE(result.cells.empty());
+  EXPECT_NE(report.find(" ** ORTHORHOMBIC TEST\n MAX. VOLUME=      50.0\n"), std::string::npos);
+  EXPECT_EQ(report.find(" ** MONOCLINIC TEST"), std::string::npos);  // a positive VOL stops after orthorhombic
+  EXPECT_EQ(result.report.back(), " NO SOLUTION ACCEPTED.....THINK!");
+  std::istringstream in(report);
+  EXPECT_EQ(readTreorSolutions(in).error, "No indexing solutions found");
+}
+
+TEST(TreorEngine, ReportsProgressAndStopsWhenInterrupted) {
+  const TreorInput input = treorInputFor(syntheticCase(kOrthorhombic));
+  RecordingShell shell;
+  runTreor(input, &shell);
+  ASSERT_GE(shell.progressValues.size(), 4u);
+  EXPECT_TRUE(std::is_sorted(shell.progressValues.begin(), shell.progressValues.end()));
+  EXPECT_EQ(shell.progressValues.back(), 1.0);
+
+  RecordingShell stopping;
+  stopping.interrupt = true;
+  const TreorResult result = runTreor(input, &stopping);
+  EXPECT_TRUE(result.interrupted);
+  EXPECT_TRUE(result.cells.empty());
+  const std::string report = reportText(result);
+  EXPECT_NE(report.find(" CALCULATIONS INTERRUPTED BY THE USER"), std::string::npos);
+  EXPECT_NE(report.find(" NO SOLUTION ACCEPTED.....THINK!"), std::string::npos);
+}
+
+TEST(TreorEngine, DriverNamesTheFileItCannotOpen) {
+  test::TempDir dir;
+  RecordingShell shell;
+  EXPECT_FALSE(runTreor90(shell, dir / "missing.tre", dir / "treor.out"));
+  EXPECT_EQ(shell.lastMessage(), (RecordedMessage{"File Error", "Error opening TREOR90 input file"}));
+  EXPECT_FALSE(std::filesystem::exists(dir / "treor.out"));
+
+  test::writeText(dir / "job.tre", "t\n20.0\n\nCHOICE=3,\nEND*\n");
+  EXPECT_FALSE(runTreor90(shell, dir / "job.tre", dir / "no-such-folder" / "treor.out"));
+  EXPECT_EQ(shell.lastMessage(), (RecordedMessage{"File Error", "Error opening TREOR90 output file"}));
+
+  // A bad card is the report's business, not a message.
+  shell.clear();
+  test::writeText(dir / "bad.tre", "t\n20.0\n\nCHOICE=3\nWAVE=1.5406,\nEND*\n");
+  ASSERT_TRUE(runTreor90(shell, dir / "bad.tre", dir / "treor.out"));
+  EXPECT_TRUE(shell.messages.empty());
+  const std::string report = *readWholeFile(dir / "treor.out");
+  EXPECT_NE(report.find(" **ERROR** PROGRAM CONTROL CARD INVALID.\n PROBABLY MISSING COMMA OR DELIMITER KEYWORD\n"
+                        " OR UNIDENTIFIED KEYWORD.\n"),
+            std::string::npos);
 }
 
 }  // namespace

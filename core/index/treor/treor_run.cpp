@@ -68,12 +68,13 @@ class TreorRunner {
     TrialSearch search(problem_, [this] { return shell_ && shell_->interruptRequested(); });
     search_ = &search;
     const bool allSystems = k_.vol < 0;
-    runStage("CUBIC", 0.0, [this] { cubic(); });
-    if (!stop(k_.ks)) runStage("TETRAGONAL", 0.15, [this] { twoParameter(CrystalSystem::Tetragonal, "TETRAGONAL"); });
-    if (!stop(k_.ks)) runStage("HEXAGONAL", 0.25, [this] { twoParameter(CrystalSystem::Hexagonal, "HEXAGONAL"); });
-    if (!stop(k_.ks)) runStage("ORTHORHOMBIC", 0.35, [this] { orthorhombic(); });
-    if (allSystems && !stop(k_.ks)) runStage("MONOCLINIC", 0.45, [this] { monoclinic(); });
-    if (allSystems && !stop(k_.ths)) runStage("TRICLINIC", 0.75, [this] { triclinic(); });
+    // Progress is the share of the run a stage usually takes when every stage runs.
+    runStage("CUBIC", 0.0, 0.01, [this] { cubic(); });
+    if (!stop(k_.ks)) runStage("TETRAGONAL", 0.01, 0.02, [this] { twoParameter(CrystalSystem::Tetragonal, "TETRAGONAL"); });
+    if (!stop(k_.ks)) runStage("HEXAGONAL", 0.02, 0.03, [this] { twoParameter(CrystalSystem::Hexagonal, "HEXAGONAL"); });
+    if (!stop(k_.ks)) runStage("ORTHORHOMBIC", 0.03, 0.1, [this] { orthorhombic(); });
+    if (allSystems && !stop(k_.ks)) runStage("MONOCLINIC", 0.1, 0.4, [this] { monoclinic(); });
+    if (allSystems && !stop(k_.ths)) runStage("TRICLINIC", 0.4, 1.0, [this] { triclinic(); });
     result_.interrupted = search.stopped();
     if (result_.interrupted) out(" CALCULATIONS INTERRUPTED BY THE USER");
     summary();
@@ -210,9 +211,12 @@ class TreorRunner {
   }
 
   template <typename Stage>
-  void runStage(const std::string& name, double progress, Stage stage) {
-    if (search_->stopped()) return;
-    if (shell_) shell_->progress(progress, name + " TEST");
+  void runStage(const std::string& name, double from, double to, Stage stage) {
+    if (!search_->keepGoing()) return;
+    stageName_ = name + " TEST";
+    stageFrom_ = from;
+    stageTo_ = to;
+    if (shell_) shell_->progress(from, stageName_);
     out(" ");
     out(" ** " + name + " TEST");
     refinedInStage_ = 0;
@@ -221,6 +225,13 @@ class TreorRunner {
     out(" MAX. VOLUME=" + formatF(volumeLimit_, 10, 1));
     search_->beginStage(volumeLimit_, printIq_);
     stage();
+  }
+
+  // Before base-line set `index` of `count` in the current stage: reports progress and asks
+  // whether the user interrupted; false to stop.
+  bool nextSet(std::size_t index, std::size_t count) {
+    if (shell_) shell_->progress(stageFrom_ + (stageTo_ - stageFrom_) * index / count, stageName_);
+    return search_->keepGoing();
   }
 
   // Base-line numbers count the lines left for the trials; SELECT forces one line into every set.
@@ -328,7 +339,10 @@ class TreorRunner {
 
   void cubic() {
     const auto labels = labelTable(CrystalSystem::Cubic, 6, 12);
-    for (const auto& set : BaseSets{{1}, {2}, {3}}) {
+    const BaseSets sets{{1}, {2}, {3}};
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+      if (!nextSet(i, sets.size())) break;
+      const auto& set = sets[i];
       const auto lines = baseLines(set);
       if (lines.empty()) continue;
       search_->searchBaseSet(CrystalSystem::Cubic, lines, labels, sinkFor("CUBIC", "X="));
@@ -337,7 +351,10 @@ class TreorRunner {
 
   void twoParameter(CrystalSystem system, const std::string& family) {
     const auto labels = labelTable(system, 5, 8);
-    for (const auto& set : BaseSets{{1, 2}, {1, 3}, {2, 3}}) {
+    const BaseSets sets{{1, 2}, {1, 3}, {2, 3}};
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+      if (!nextSet(i, sets.size())) break;
+      const auto& set = sets[i];
       const auto lines = baseLines(set);
       if (lines.empty()) continue;
       out(" BASE LINES:" + setText(lines));
@@ -347,7 +364,10 @@ class TreorRunner {
 
   void orthorhombic() {
     const auto labels = labelTable(CrystalSystem::Orthorhombic, 3, 5);
-    for (const auto& set : BaseSets{{1, 2, 3}, {1, 2, 4}, {1, 2, 5}, {1, 3, 4}, {2, 3, 4}, {1, 2, 6}}) {
+    const BaseSets sets{{1, 2, 3}, {1, 2, 4}, {1, 2, 5}, {1, 3, 4}, {2, 3, 4}, {1, 2, 6}};
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+      if (!nextSet(i, sets.size())) break;
+      const auto& set = sets[i];
       const auto lines = baseLines(set);
       if (lines.empty()) continue;
       out(" BASE LINES:" + setText(lines));
@@ -412,7 +432,9 @@ class TreorRunner {
     monoclinicDominantZone();
     out(" ");
     out(" MONOCLINIC GENERAL TESTS");
-    for (const auto& set : sets) {
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+      if (!nextSet(i, sets.size())) break;
+      const auto& set = sets[i];
       if (stop(k_.ths)) break;
       const auto lines = baseLines(set);
       if (lines.empty()) continue;
@@ -523,16 +545,19 @@ class TreorRunner {
     std::vector<LabelRow> second;
     for (const LabelRow& row : labels)
       if (row.hkl[0] >= 0 && row.hkl[1] >= 0 && row.hkl[2] >= 0) second.push_back(row);
-    for (const auto& set : BaseSets{{1, 2, 3, 4, 5, 6}, {1, 2, 3, 4, 5, 7}, {1, 2, 3, 4, 5, 8}, {1, 2, 3, 4, 6, 7},
-                                    {1, 2, 3, 4, 6, 8}, {1, 2, 3, 5, 6, 8}, {1, 2, 3, 5, 6, 7}, {1, 2, 3, 5, 7, 8},
-                                    {1, 2, 3, 4, 5, 9}}) {
+    const BaseSets sets{{1, 2, 3, 4, 5, 6}, {1, 2, 3, 4, 5, 7}, {1, 2, 3, 4, 5, 8},
+                        {1, 2, 3, 4, 6, 7}, {1, 2, 3, 4, 6, 8}, {1, 2, 3, 5, 6, 8},
+                        {1, 2, 3, 5, 6, 7}, {1, 2, 3, 5, 7, 8}, {1, 2, 3, 4, 5, 9}};
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+      if (!nextSet(i, sets.size())) break;
+      const auto& set = sets[i];
       if (stop(k_.ths) || search_->stopped()) break;
       const auto lines = baseLines(set);
       if (lines.empty()) continue;
       std::vector<std::vector<LabelRow>> rows{first,
                                               search_->filterLabels(CrystalSystem::Triclinic, second, problem_.q[lines[1]])};
-      for (std::size_t i = 2; i < lines.size(); ++i)
-        rows.push_back(search_->filterLabels(CrystalSystem::Triclinic, labels, problem_.q[lines[i]]));
+      for (std::size_t j = 2; j < lines.size(); ++j)
+        rows.push_back(search_->filterLabels(CrystalSystem::Triclinic, labels, problem_.q[lines[j]]));
       out(" BASE LINES:" + setText(lines));
       search_->searchRows(CrystalSystem::Triclinic, lines, rows, sinkFor("TRICLINIC", "XYZU="));
       lowerVolumeLimit("NEW TRICLINIC VOLUME LIMIT=");
@@ -623,6 +648,8 @@ class TreorRunner {
   int printIq_ = 0;
   TrialSearch* search_ = nullptr;
   double volumeLimit_ = 0;
+  std::string stageName_;
+  double stageFrom_ = 0, stageTo_ = 0;  // progress at the start and the end of the stage
   int refinedInStage_ = 0, passesInStage_ = 0, accepted_ = 0;
   std::map<std::string, int> familyCounts_;
   std::vector<CalculatedLine> scratch_;

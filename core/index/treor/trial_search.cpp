@@ -119,6 +119,11 @@ bool TrialSearch::poll() {
   return !stopped_;
 }
 
+bool TrialSearch::keepGoing() {
+  if (!stopped_ && interrupted_ && interrupted_()) stopped_ = true;
+  return !stopped_;
+}
+
 std::vector<LabelRow> TrialSearch::filterLabels(CrystalSystem system, const std::vector<LabelRow>& labels,
                                                 double q) const {
   // Every index is bounded by edge·√q (the projection of the reciprocal vector on the axis);

@@ -78,6 +78,10 @@ class TrialSearch {
   // Labels a line of value q can carry with admissible parameters.
   std::vector<LabelRow> filterLabels(CrystalSystem system, const std::vector<LabelRow>& labels, double q) const;
 
+  // Asks the user's interruption flag now (the trials ask it every few thousand solutions);
+  // false once interrupted.
+  bool keepGoing();
+
   long trialsSolved() const { return solved_; }
   bool stopped() const { return stopped_; }
   const TrialProblem& problem() const { return problem_; }
