@@ -14,7 +14,12 @@ std::vector<CandidateCell> acceptedCandidates(const TreorResult& result) {
     return x->volume < y->volume;
   });
   std::vector<CandidateCell> out;
-  for (const TreorCell* cell : accepted) out.push_back({cell->cell, cell->centring, cell->m20});
+  // A cell whose lines obey a centring is offered as that lattice first and as refined (primitive)
+  // next: a few lines can fake a centring, and the cell the report prints is the primitive one.
+  for (const TreorCell* cell : accepted) {
+    out.push_back({cell->cell, cell->centring, cell->m20});
+    if (cell->centring != Centring::P) out.push_back({cell->cell, Centring::P, cell->m20});
+  }
   return out;
 }
 
