@@ -354,10 +354,11 @@ class TreorRunner {
     printCellAnalysis(result_.report, lines_, stored.cell, stored.m20);
   }
 
-  // The centring whose absences the lines obey: the one with the best M20 that leaves no more
-  // lines unindexed than the primitive cell. A true centring removes half the calculated lines
-  // (F three quarters, R two thirds) and so about doubles M20; a pseudo-centring that a few
-  // lines break gains much less.
+  // The centring whose absences the lines obey: the one with the best M20 that would itself be
+  // accepted (an impurity line that a primitive reflection happened to index may drop out, within
+  // NIX). A true centring removes half the calculated lines
+  // (F three quarters, R two thirds; fewer in the cubic system, where many forms coincide) and
+  // so raises M20 by 1.6 to 4; a pseudo-centring that a few lines break gains much less.
   Centring latticeCentring(CrystalSystem system, const ReciprocalMetric& metric, int unindexed) const {
     std::vector<Centring> options{Centring::I, Centring::F, Centring::A, Centring::B, Centring::C};
     if (system == CrystalSystem::Hexagonal) options = {Centring::R};
@@ -367,7 +368,7 @@ class TreorRunner {
     double bestMerit = deWolffFigure(q, tolerance, metric, Centring::P).m;
     for (Centring c : options) {
       const DeWolffFigure f = deWolffFigure(q, tolerance, metric, c);
-      if (f.unindexed <= unindexed && f.m > bestMerit * 1.8) {
+      if (f.unindexed <= std::max(unindexed, k_.nix) && f.m > bestMerit * 1.5) {
         best = c;
         bestMerit = f.m;
       }
