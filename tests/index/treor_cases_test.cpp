@@ -34,5 +34,26 @@ TEST(TreorCases, PublishedCellIsTheBestAcceptedCell) {
   EXPECT_EQ(run, static_cast<int>(kSolvedHigherSystemCases.size()));
 }
 
+// Cells beyond the default limits (2000 Å³, 25 Å) are found once the job raises them.
+TEST(TreorCases, LargeCellsAreFoundWithinRaisedLimits) {
+  const auto dir = test::sharedDataDir();
+  if (dir.empty()) GTEST_SKIP() << "shared data absent";
+  struct Limits {
+    const char* name;
+    double vol, cem;
+  };
+  for (const Limits& l : {Limits{"mcmaille_test7_large_cubic_with_trace_lines", 15000, 25},
+                          Limits{"conograph_erythromycinA_ErythroAII_SR", 9000, 35}}) {
+    std::string error;
+    const auto c = readIndexingCase(dir / "indexing" / (std::string(l.name) + ".txt"), error);
+    ASSERT_TRUE(c) << error;
+    TreorInput input = treorInputFor(*c);
+    EXPECT_FALSE(knownCellFound(*c, acceptedCandidates(runTreor(input, nullptr)), 4)) << l.name;
+    input.keywords.vol = l.vol;
+    input.keywords.cem = l.cem;
+    EXPECT_TRUE(knownCellFound(*c, acceptedCandidates(runTreor(input, nullptr)), 2)) << l.name;
+  }
+}
+
 }  // namespace
 }  // namespace quarvel
