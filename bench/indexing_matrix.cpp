@@ -23,8 +23,17 @@ namespace {
 
 using namespace quarvel;
 
+// treor90 runs the default job; treor90-wide raises the volume and edge limits (VOL −5000,
+// CEM 35) to tell the cells the defaults exclude from those the method misses.
+std::vector<CandidateCell> indexWithTreorWideLimits(const IndexingCase& problem) {
+  TreorInput input = treorInputFor(problem);
+  input.keywords.vol = -5000;
+  input.keywords.cem = 35;
+  return acceptedCandidates(runTreor(input, nullptr));
+}
+
 std::map<std::string, IndexingEngine> engineTable() {
-  return {{"refine-known", refineKnownCell}, {"treor90", indexWithTreor}};
+  return {{"refine-known", refineKnownCell}, {"treor90", indexWithTreor}, {"treor90-wide", indexWithTreorWideLimits}};
 }
 
 void printSummary(const std::string& title, const std::vector<CaseResult>& results, bool listFailures) {
