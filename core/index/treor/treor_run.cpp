@@ -19,6 +19,8 @@ namespace {
 constexpr double kReferenceWavelength = 1.5406;
 constexpr int kMaxTrialLines = 25;  // lines used in trials and refinement
 constexpr int kMaxRefinementsPerStage = 60;
+// Monoclinic and triclinic cells are checked for finer lattices up to this index.
+constexpr int kMaxSubCellIndex = 6;
 // Trial cells with more calculated lines than this many times the test lines are not refined
 // (centred lattices seen as primitive need up to four times, rhombohedral ones three).
 constexpr int kCalculatedLinesFactor = 8;
@@ -280,8 +282,10 @@ class TreorRunner {
 
   // A trial that took the first lines for higher orders of one axis describes a super-cell: its
   // lines are indexed as well, but among twice the calculated lines, so M20 is about halved. The
-  // cell with that axis halved is refined too and kept when it is clearly better.
+  // cell with that axis halved is refined too and kept when it is clearly better (an impurity
+  // line that only the super-cell indexed may drop out, within NIX).
   struct Refined {
+    CrystalSystem system;
     ReciprocalMetric start;
     RefinedTrial result;
   };
@@ -295,14 +299,35 @@ class TreorRunner {
         ReciprocalMetric m = current.result.refinement.metric;
         for (int axis : axes) halveAxis(m, axis);
         RefinedTrial halved = refineTrial(lines_, system, m);
-        if (!halved.solved || halved.figure.unindexed > current.result.figure.unindexed ||
+        if (!halved.solved || halved.figure.unindexed > std::max(current.result.figure.unindexed, k_.nix) ||
             halved.figure.m < 1.5 * current.result.figure.m)
           continue;
-        current = {m, halved};
+        current = {system, m, halved};
         improved = true;
       }
     }
+    if ((system == CrystalSystem::Monoclinic || system == CrystalSystem::Triclinic) &&
+        current.result.figure.unindexed <= k_.nix)
+      current = finestSubCell(current);
     return current;
+  }
+
+  // The low-symmetry searches also meet super-cells along no single axis (a monoclinic cell of
+  // three or five times the volume). Every lattice finer by index 2 to 6 is refined without
+  // constraints; the best one that raises M20 by half and stays within NIX replaces the cell.
+  Refined finestSubCell(Refined current) const {
+    const Mat3 g = current.result.refinement.metric.tensor();
+    Refined best = current;
+    for (int n = 2; n <= kMaxSubCellIndex; ++n)
+      for (const Mat3& h : hermiteNormalForms(n)) {
+        const ReciprocalMetric m = ReciprocalMetric::fromTensor(transpose(h) * g * h);
+        RefinedTrial sub = refineTrial(lines_, CrystalSystem::Triclinic, m);
+        if (!sub.solved || sub.figure.unindexed > std::max(current.result.figure.unindexed, k_.nix) ||
+            sub.figure.m < 1.5 * best.result.figure.m)
+          continue;
+        best = {CrystalSystem::Triclinic, m, sub};
+      }
+    return best;
   }
 
   // Halving the direct axis doubles its reciprocal axis: the index along it goes in as 2h.
@@ -315,7 +340,7 @@ class TreorRunner {
   }
 
   void refineCandidate(const Trial& trial, const std::string& family) {
-    Refined best{trial.metric, refineTrial(lines_, trial.system, trial.metric)};
+    Refined best{trial.system, trial.metric, refineTrial(lines_, trial.system, trial.metric)};
     if (best.result.solved) best = smallestCell(trial.system, best);
     const RefinedTrial& refined = best.result;
     const ReciprocalMetric metric = refined.solved ? refined.refinement.metric : trial.metric;
@@ -325,12 +350,12 @@ class TreorRunner {
     for (const TreorCell& known : result_.cells)
       if (sameLattice(known.cell, Centring::P, *cell, Centring::P)) return;
     ++refinedInStage_;
-    printRefinement(result_.report, lines_, trial.system, &best.start, refined);
-    TreorCell stored{trial.system, family, *cell, Centring::P, cellVolume(*cell), refined.figure.m, refined.figure.unindexed, false};
+    printRefinement(result_.report, lines_, best.system, &best.start, refined);
+    TreorCell stored{best.system, family, *cell, Centring::P, cellVolume(*cell), refined.figure.m, refined.figure.unindexed, false};
     stored.accepted = stored.m20 >= k_.merit && stored.unindexed <= k_.nix;
     if (stored.accepted) {
-      accept(trial.system, metric, stored);
-      stored.centring = latticeCentring(trial.system, metricFromCell(stored.cell), stored.unindexed);
+      accept(best.system, metric, stored);
+      stored.centring = latticeCentring(best.system, metricFromCell(stored.cell), stored.unindexed);
     }
     result_.cells.push_back(stored);
   }
