@@ -53,6 +53,9 @@ TEST(TreorEngine, FindsTheCellOfEachCrystalSystem) {
       {"hexagonal P", CrystalSystem::Hexagonal, {5.912, 5.912, 7.344, 90, 90, 120}, Centring::P},
       {"orthorhombic P", CrystalSystem::Orthorhombic, {7.517, 5.286, 4.913, 90, 90, 90}, Centring::P},
       {"monoclinic P", CrystalSystem::Monoclinic, {6.823, 5.117, 7.452, 90, 104.6, 90}, Centring::P},
+      // The (020) search first meets a cell of five times the volume; the finer-lattice check
+      // brings it back.
+      {"monoclinic P, long a", CrystalSystem::Monoclinic, {16.853, 5.396, 4.093, 90, 117.87, 90}, Centring::P},
   };
   for (const SyntheticCell& s : cells) {
     const IndexingCase c = syntheticCase(s);
