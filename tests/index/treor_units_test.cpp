@@ -1,0 +1,95 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <sstream>
+
+#include "core/index/lattice/synthetic_lines.h"
+#include "core/index/lattice/units.h"
+#include "core/index/treor/treor_run.h"
+#include "core/index/treor/treor_solutions.h"
+
+namespace quarvel {
+namespace {
+
+const CellParameters kTetragonal{6.281, 6.281, 4.127, 90, 90, 90};
+
+std::vector<double> tetragonalLines(double wavelength) {
+  SyntheticLineOptions o;
+  o.wavelength = wavelength;
+  o.maxLines = 20;
+  return syntheticLines(kTetragonal, Centring::P, o);
+}
+
+std::string firstLinesOf(const TreorResult& result, std::string_view start, int count) {
+  std::string text;
+  for (std::size_t i = 0; i < result.report.size(); ++i)
+    if (result.report[i].starts_with(start)) {
+      for (int j = 0; j < count && i + j < result.report.size(); ++j) text += result.report[i + j] + "\n";
+      break;
+    }
+  return text;
+}
+
+// Every input form describes the same lines; the cell must not depend on which one the job used.
+TEST(TreorUnits, EveryInputFormGivesTheSameCell) {
+  const double lambda = 1.5406;
+  const auto twoTheta = tetragonalLines(lambda);
+  for (int choice = 0; choice <= 4; ++choice) {
+    TreorInput input;
+    input.keywords.choice = choice;
+    input.keywords.wave = lambda;
+    for (double t : twoTheta) {
+      const double q = qFromTwoTheta(t, lambda);
+      const double values[] = {sinSquaredThetaFromQ(q, lambda), q, t / 2, t, dFromQ(q)};
+      input.values.push_back(values[choice]);
+    }
+    const TreorResult result = runTreor(input, nullptr);
+    ASSERT_FALSE(result.cells.empty()) << "CHOICE=" << choice;
+    const TreorCell& cell = result.cells.front();
+    EXPECT_TRUE(cell.accepted) << "CHOICE=" << choice;
+    EXPECT_NEAR(cell.cell.a, kTetragonal.a, 1e-3) << "CHOICE=" << choice;
+    EXPECT_NEAR(cell.cell.c, kTetragonal.c, 1e-3) << "CHOICE=" << choice;
+  }
+}
+
+// A second order among the first seven lines is left out of the base lines but kept in the
+// refinement; switching the check off (IDIV=0) leaves the lines alone.
+TEST(TreorUnits, HigherOrdersAmongTheFirstLinesAreFlagged) {
+  TreorInput input;
+  input.keywords.wave = 1.5406;
+  input.values = tetragonalLines(1.5406);  // 100 at 14.09°, 200 at 28.40°
+  TreorResult result = runTreor(input, nullptr);
+  const std::string flagged = firstLinesOf(result, " LINE", 2);
+  EXPECT_NE(flagged.find(" IS ORDER 2 OF LINE  1 AND SHOULD NOT BE INCLUDED IN THE TREOR\n"), std::string::npos)
+      << flagged;
+  EXPECT_NE(flagged.find(" BASE LINE SETS. IT WILL BE SKIPPED IN THE TRIAL PHASE."), std::string::npos);
+  ASSERT_FALSE(result.cells.empty());
+  EXPECT_TRUE(result.cells.front().accepted);
+
+  input.keywords.idiv = 0;
+  result = runTreor(input, nullptr);
+  EXPECT_EQ(firstLinesOf(result, " LINE", 1), "");
+}
+
+TEST(TreorSolutions, ReadsAtMostAHundredAndRefusesABrokenBlock) {
+  std::ostringstream many;
+  for (int i = 0; i < 101; ++i)
+    many << "\n   A =  5.430883  0.000009 A   ALFA = 90.000000  0.000000 DEG\n"
+            "   B =  5.430883  0.000009 A   BETA = 90.000000  0.000000 DEG\n"
+            "   C =  5.430883  0.000009 A  GAMMA = 90.000000  0.000000 DEG\n"
+            "   UNIT CELL VOLUME =    160.18 A**3\n\n NUMBER OF SINGLE INDEXED LINES =   0\n\n"
+            " M-TEST=   39 UNINDEXED IN THE TEST=    1\n";
+  std::istringstream in(many.str());
+  const TreorSolutionsRead read = readTreorSolutions(in);
+  ASSERT_FALSE(read.error);
+  ASSERT_EQ(read.solutions.size(), 100u);
+  EXPECT_FLOAT_EQ(read.solutions[99].volume, 160.18f);
+  EXPECT_FLOAT_EQ(read.solutions[99].merit, 39);
+  EXPECT_FLOAT_EQ(read.solutions[99].nix, 1);
+
+  std::istringstream broken("   A =  5.430883  0.000009 A   ALFA = 90.000000  0.000000 DEG\n   B = ******\n");
+  EXPECT_EQ(readTreorSolutions(broken).error, "Read Error");
+}
+
+}  // namespace
+}  // namespace quarvel
