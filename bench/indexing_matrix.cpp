@@ -14,12 +14,13 @@
 #include <fmt/format.h>
 
 #include "core/index/benchmark/indexing_matrix.h"
+#include "core/index/ito/ito_candidates.h"
 
 namespace {
 
 using namespace quarvel;
 
-std::map<std::string, IndexingEngine> engineTable() { return {{"refine-known", refineKnownCell}}; }
+std::map<std::string, IndexingEngine> engineTable() { return {{"refine-known", refineKnownCell}, {"ito", itoCandidates}}; }
 
 void printSummary(const std::string& title, const std::vector<CaseResult>& results, bool listFailures) {
   fmt::print("\n{} ({} problems)\n", title, results.size());
