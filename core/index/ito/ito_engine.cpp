@@ -15,6 +15,8 @@ namespace {
 
 using Report = std::vector<std::string>;
 
+constexpr int kItoPrintedSolutions = 10;
+
 bool testOutput(const ItoParameters& p) { return p.jtest >= 1; }
 
 void stageHeader(Report& report, const ItoParameters& p, std::string_view stage) {
@@ -177,6 +179,8 @@ ItoProblemResult solveItoProblem(const ItoProblem& problem, Report& report, cons
   std::vector<std::string> notes;
   stageHeader(report, p, "refpar");
   result.solutions = refineLattices(trial, lines, p, notes);
+  const std::size_t printed = static_cast<std::size_t>(std::max(kItoPrintedSolutions, p.nsolmx));
+  if (result.solutions.size() > printed) result.solutions.resize(printed);
   stageHeader(report, p, "refpar2");
   for (const auto& note : notes) report.push_back(note);
 

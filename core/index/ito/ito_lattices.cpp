@@ -62,6 +62,17 @@ std::vector<Row> zoneRows(const ItoZone& zone, double qLimit) {
   return rows;
 }
 
+bool zoneIndexes(const ItoZone& zone, double q, double tol) {
+  const double det = 4.0 * zone.qa * zone.qb - zone.r * zone.r;
+  if (det <= 0.0) return false;
+  const int hMax = static_cast<int>(std::sqrt((q + tol) * 4.0 * zone.qb / det)) + 1;
+  const int kMax = static_cast<int>(std::sqrt((q + tol) * 4.0 * zone.qa / det)) + 1;
+  for (int h = 0; h <= hMax; ++h)
+    for (int k = -kMax; k <= kMax; ++k)
+      if (!(h == 0 && k <= 0) && std::abs(zone.q(h, k) - q) <= tol) return true;
+  return false;
+}
+
 struct CrossValue {
   double x, tol;
   int line;
@@ -117,6 +128,44 @@ std::vector<Cluster> crossTermClusters(double qu1, double qu2, double qc, double
       }
     }
     if (bestSupport < 2) break;
+    found.push_back({bestX, bestSupport});
+    for (std::size_t b = 0; b < values.size(); ++b)
+      if (std::abs(values[b].x - bestX) <= 2.0 * values[b].tol) taken[b] = true;
+  }
+  return found;
+}
+
+// Clusters of a cross term P = 2 a·c of one zone vector a (q = qa) with the new vector c (q = qc)
+// from lines indexed as i·a + l·c: P = (q − i²qa − l²qc)/(il). One supporting line is enough
+// here: the second cross term and the screening that follows check the trial anyway.
+std::vector<Cluster> axisCrossTerms(double qa, double qc, const ItoLines& lines, double tol3) {
+  const int n = lines.indexingCount();
+  const double pMax = 2.0 * std::sqrt(qa * qc);
+  std::vector<CrossValue> values;
+  for (int line = 0; line < n; ++line)
+    for (int i = 1; i <= kMaxCrossIndex; ++i)
+      for (int l = -kMaxCrossIndex; l <= kMaxCrossIndex; ++l) {
+        if (l == 0) continue;
+        const double il = i * l;
+        const double p = (lines.q[static_cast<std::size_t>(line)] - i * i * qa - l * l * qc) / il;
+        if (std::abs(p) <= pMax) values.push_back({p, tol3 / std::abs(il), line});
+      }
+  std::vector<Cluster> found;
+  std::vector<bool> taken(values.size(), false);
+  for (int round = 0; round < kClustersPerRowPair; ++round) {
+    int bestSupport = 0;
+    double bestX = 0.0;
+    for (std::size_t a = 0; a < values.size(); ++a) {
+      if (taken[a]) continue;
+      std::set<int> support;
+      for (std::size_t b = 0; b < values.size(); ++b)
+        if (!taken[b] && std::abs(values[b].x - values[a].x) <= values[a].tol + values[b].tol) support.insert(values[b].line);
+      if (static_cast<int>(support.size()) > bestSupport) {
+        bestSupport = static_cast<int>(support.size());
+        bestX = values[a].x;
+      }
+    }
+    if (bestSupport < 1) break;
     found.push_back({bestX, bestSupport});
     for (std::size_t b = 0; b < values.size(); ++b)
       if (std::abs(values[b].x - bestX) <= 2.0 * values[b].tol) taken[b] = true;
@@ -245,6 +294,8 @@ ItoLattice refineOne(const ItoLattice& start, const ItoLines& lines, const ItoPa
   }
   result.volume = cellVolume(result.cell);
   scoreLattice(result, lines);
+  // a refinement that lets an axis run away (no line fixes it) has not found a lattice
+  if (!(result.volume > 0.0) || result.volume > kMaxVolume) result.indexed = 0;
   return result;
 }
 
@@ -281,22 +332,24 @@ LatticeSearch combineZones(const std::vector<ItoZone>& zones, const ItoLines& li
   const double qLimit = lines.q[static_cast<std::size_t>(lines.indexingCount() - 1)];
   std::vector<Screened> screened;
 
+  auto addLattice = [&](const ReciprocalMetric& trial, int support, const std::string& pedigree) {
+    auto lattice = normalise(trial, lines);
+    if (!lattice) return;
+    lattice->support = support;
+    lattice->pedigree = pedigree;
+    const int quick = quickIndexedCount(toAngstrom(lattice->metric), lines);
+    auto same = std::find_if(screened.begin(), screened.end(),
+                             [&](const Screened& s) { return nearlySameCell(s.lattice.cell, lattice->cell); });
+    if (same == screened.end()) {
+      screened.push_back({*lattice, quick});
+    } else if (quick > same->quickIndexed) {
+      *same = {*lattice, quick};
+    }
+  };
   auto addTrial = [&](double qu1, double qu2, double qc, double p1, double p2, const std::string& pedigree) {
     for (const Cluster& cluster : crossTermClusters(qu1, qu2, qc, p1, p2, lines, parameters.tol3)) {
       // basis (u1, u2, c): A = u1², B = u2², C = c², D = 2u2·c, E = 2u1·c, F = 2u1·u2
-      const ReciprocalMetric trial{qu1, qu2, qc, p2, p1, cluster.x};
-      auto lattice = normalise(trial, lines);
-      if (!lattice) continue;
-      lattice->support = cluster.support;
-      lattice->pedigree = pedigree;
-      const int quick = quickIndexedCount(toAngstrom(lattice->metric), lines);
-      auto same = std::find_if(screened.begin(), screened.end(),
-                               [&](const Screened& s) { return nearlySameCell(s.lattice.cell, lattice->cell); });
-      if (same == screened.end()) {
-        screened.push_back({*lattice, quick});
-      } else if (quick > same->quickIndexed) {
-        *same = {*lattice, quick};
-      }
+      addLattice(ReciprocalMetric{qu1, qu2, qc, p2, p1, cluster.x}, cluster.support, pedigree);
     }
   };
 
@@ -321,6 +374,31 @@ LatticeSearch combineZones(const std::vector<ItoZone>& zones, const ItoLines& li
           addTrial(r1.qu, r2.qu, qc, r1.p, r2.p, p);
           addTrial(r1.qu, r2.qu, qc, r1.p, -r2.p, p);
         }
+      }
+    }
+  }
+
+  // A zone and a line outside it: when the first lines fill only one or two zones (a dominant
+  // zone), no second zone with a common row exists; the third axis is then taken from a line the
+  // zone does not index (or its second order), and its two cross terms from the lines that need it.
+  for (int z = 0; z < std::min(parameters.nz1, nz); ++z) {
+    if (interrupted && interrupted()) break;
+    const ItoZone& zone = zones[static_cast<std::size_t>(z)];
+    for (int k = 0; k < lines.indexingCount(); ++k) {
+      const double qk = lines.q[static_cast<std::size_t>(k)];
+      if (zoneIndexes(zone, qk, lines.tolerance[static_cast<std::size_t>(k)])) continue;
+      for (double qc : {qk, qk / 4.0}) {
+        if (qc < lines.q.front() / 4.0) continue;
+        const auto p1 = axisCrossTerms(zone.qa, qc, lines, parameters.tol3);
+        const auto p2 = axisCrossTerms(zone.qb, qc, lines, parameters.tol3);
+        const std::string pedigree = std::to_string(z + 1) + "+" + std::to_string(k + 1);
+        for (const Cluster& c1 : p1)
+          for (const Cluster& c2 : p2)
+            for (double sign : {1.0, -1.0}) {
+              // basis (a, b, c) with a, b the zone basis: D = 2b·c, E = 2a·c, F = 2a·b
+              const ReciprocalMetric trial{zone.qa, zone.qb, qc, sign * c2.x, c1.x, zone.r};
+              addLattice(trial, c1.support + c2.support, pedigree);
+            }
       }
     }
   }

@@ -23,7 +23,8 @@ std::string solutionRow(int number, const ItoLattice& lattice) {
   const ReciprocalMetric& m = lattice.metric;
   std::string row = formatI(number, 4);
   for (double v : {m.A, m.B, m.C, m.D, m.E, m.F}) row += formatF(v, 9, 2);
-  row += " " + formatI(lattice.indexed, 5) + "   " + formatF(lattice.merit, 6, 1);
+  // an exact fit has an unbounded figure; the column holds at most 9999.9
+  row += " " + formatI(lattice.indexed, 5) + "   " + formatF(std::min(lattice.merit, 9999.9), 6, 1);
   row += "  " + padRight(lattice.pedigree, 10) + " " + lattice.bravais;
   return row;
 }

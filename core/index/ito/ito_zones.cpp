@@ -45,10 +45,19 @@ bool sameZone(const ItoZone& a, const ItoZone& b, double tol) {
   return std::abs(a.qa - b.qa) <= tol && std::abs(a.qb - b.qb) <= tol && std::abs(std::abs(a.r) - std::abs(b.r)) <= tol;
 }
 
+// Reliability: the lines a zone explains, then how well.
 bool better(const ItoZone& a, const ItoZone& b) {
   if (a.indexed != b.indexed) return a.indexed > b.indexed;
   return a.quality > b.quality;
 }
+
+// A zone with many more points than lines it explains is too fine to mean anything: it would
+// index any line list.
+constexpr int kMaxPointsPerLine = 3;
+
+// The shortest row of a real zone is no shorter than a quarter of the first line (the first line
+// is at most its second order).
+bool plausible(const ItoZone& zone, const ItoLines& lines, double tol2) { return zone.qa >= lines.q.front() / 4.0 - tol2; }
 
 // A basis whose indexed points all have h even (k even, h+k even) spans a lattice twice as fine
 // as the one the lines need: take the coarser basis.
@@ -80,6 +89,15 @@ bool reformulateCentred(ItoZone& zone, const ItoLines& lines) {
   }
   reduceZone(zone);
   return true;
+}
+
+std::size_t distinctCount(const std::vector<ZonePoint>& points, double qMax) {
+  std::vector<double> values;
+  for (const auto& p : points)
+    if (p.q <= qMax) values.push_back(p.q);
+  std::sort(values.begin(), values.end());
+  values.erase(std::unique(values.begin(), values.end(), [](double a, double b) { return b - a < 1e-6 * b; }), values.end());
+  return values.size();
 }
 
 struct RValue {
@@ -168,14 +186,11 @@ void evaluateZone(ItoZone& zone, const ItoLines& lines) {
     qMax = q;
   }
   if (zone.indexed == 0) return;
-  std::vector<double> distinct;
-  for (const auto& p : points)
-    if (p.q <= qMax * 1.003) distinct.push_back(p.q);
-  std::sort(distinct.begin(), distinct.end());
-  distinct.erase(std::unique(distinct.begin(), distinct.end(), [](double a, double b) { return b - a < 1e-6 * b; }),
-                 distinct.end());
-  const double mean = std::max(sumError / zone.indexed, 1e-3);
-  zone.quality = qMax / (2.0 * mean * static_cast<double>(std::max<std::size_t>(distinct.size(), 1)));
+  const std::size_t distinct = distinctCount(points, qMax * 1.003);
+  // exact data would make the figure infinite: errors below a tenth of the tolerance count as that
+  const double mean = std::max(sumError / zone.indexed, 0.1 * lines.meanTolerance);
+  zone.points = static_cast<int>(distinctCount(points, lines.q[static_cast<std::size_t>(n - 1)]));
+  zone.quality = qMax / (2.0 * mean * static_cast<double>(std::max<std::size_t>(distinct, 1)));
 }
 
 ZoneSearch findZones(const ItoLines& lines, const ItoParameters& parameters, const std::vector<ItoZoneCard>& own) {
@@ -204,8 +219,9 @@ ZoneSearch findZones(const ItoLines& lines, const ItoParameters& parameters, con
   }
   for (auto zone : candidates) {
     reduceZone(zone);
+    if (!plausible(zone, lines, parameters.tol2)) continue;
     evaluateZone(zone, lines);
-    if (zone.indexed < kMinZoneLines) continue;
+    if (zone.indexed < kMinZoneLines || zone.points > kMaxPointsPerLine * zone.indexed) continue;
     if (reformulateCentred(zone, lines)) {
       zone.reformulated = true;
       evaluateZone(zone, lines);

@@ -18,6 +18,7 @@ struct ItoZone {
   int baseLine1 = 0, baseLine2 = 0;  // 1-based lines the zone came from (0 for a given zone)
   int indexed = 0;                   // among the first 20 lines
   double quality = 0;                // two-dimensional de Wolff figure
+  int points = 0;                    // distinct zone values up to the 20th line
   bool reformulated = false;
   bool given = false;
 
