@@ -38,7 +38,7 @@ struct ItoParameters {
 };
 
 // A card after the line cards when linco > 0: 2 values are a pair of lines to combine, 3 a zone
-// (q(A), q(A'), R; R = 0.08 marks a rectangular zone), the 4th a quality figure.
+// (qa, qb, r; r = 0.08 marks a rectangular zone), the 4th a quality figure.
 struct ItoZoneCard {
   std::array<double, 4> values{};
   int count = 0;

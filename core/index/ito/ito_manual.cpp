@@ -55,7 +55,7 @@ const std::vector<std::string>& itoSpecialFeatures() {
       " special features",
       " ----------------",
       " linco > 0: after the blank card that ends the lines, cards in 4f10.2 give either two",
-      "   q-values to be combined in the zone search, or a zone q(a), q(b), r with a quality",
+      "   q-values to be combined in the zone search, or a zone qa, qb, r with a quality",
       "   figure; r = 0.08 marks a rectangular zone, a single digit in column 31 a high",
       "   quality. a blank card ends them. fewer than 40 zones are kept.",
       " nr > 0: cards in 6f10.2 give trial lattices, either the reciprocal constants a-f in",
