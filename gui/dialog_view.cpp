@@ -64,6 +64,8 @@ QFormLayout& DialogView::formFor(const std::string& group) {
 }
 
 void DialogView::addControl(DialogControl& c) {
+  const bool joinsOptionRow = (c.kind == ControlKind::Edit || c.kind == ControlKind::Label) && c.group == optionRowGroup_;
+  if (!joinsOptionRow) optionRow_ = nullptr;
   switch (c.kind) {
     case ControlKind::Label: addLabel(c); break;
     case ControlKind::Edit: addEdit(c); break;
@@ -80,8 +82,12 @@ void DialogView::addControl(DialogControl& c) {
 
 void DialogView::addLabel(const DialogControl& c) {
   auto* label = new QLabel(qs(c.label), this);
-  label->setWordWrap(true);
   label->setEnabled(c.enabled);
+  if (optionRow_ != nullptr) {
+    optionRow_->insertWidget(optionRow_->count() - 1, label);
+    return;
+  }
+  label->setWordWrap(true);
   formFor(c.group).addRow(label);
 }
 
@@ -94,7 +100,11 @@ void DialogView::addEdit(const DialogControl& c) {
   const auto browse = std::find_if(all.begin(), all.end(), [&c](const DialogControl& b) {
     return b.kind == ControlKind::Browse && b.target == c.key;
   });
-  if (browse != all.end()) {
+  if (optionRow_ != nullptr && browse == all.end()) {
+    if (!c.label.empty()) optionRow_->insertWidget(optionRow_->count() - 1, new QLabel(qs(c.label), this));
+    edit->setMaximumWidth(fontMetrics().averageCharWidth() * 12);
+    optionRow_->insertWidget(optionRow_->count() - 1, edit);
+  } else if (browse != all.end()) {
     auto* row = new QHBoxLayout;
     row->addWidget(edit, 1);
     row->addWidget(makeBrowseButton(*browse));
@@ -110,7 +120,11 @@ void DialogView::addCheckBox(const DialogControl& c) {
   box->setObjectName(nameOf(c));
   box->setChecked(c.checked);
   box->setEnabled(c.enabled);
-  formFor(c.group).addRow(box);
+  optionRow_ = new QHBoxLayout;
+  optionRowGroup_ = c.group;
+  optionRow_->addWidget(box);
+  optionRow_->addStretch(1);  // what joins the row goes before this, so the row stays left-aligned
+  formFor(c.group).addRow(optionRow_);
   writers_.push_back([this, key = c.key, box] { model_.setChecked(key, box->isChecked()); });
 }
 
@@ -118,7 +132,9 @@ void DialogView::addRadioGroup(const DialogControl& c) {
   auto* box = new QGroupBox(qs(c.group), this);
   box->setObjectName(nameOf(c));
   box->setEnabled(c.enabled);
-  auto* layout = new QVBoxLayout(box);
+  // Up to six choices sit side by side; longer lists run down.
+  QBoxLayout* layout = c.options.size() <= 6 ? static_cast<QBoxLayout*>(new QHBoxLayout(box))
+                                             : static_cast<QBoxLayout*>(new QVBoxLayout(box));
   auto* group = new QButtonGroup(box);
   for (std::size_t i = 0; i < c.options.size(); ++i) {
     auto* button = new QRadioButton(qs(c.options[i]), box);

@@ -64,6 +64,10 @@ class DialogView : public QDialog {
   QListWidget* picks_ = nullptr;
   std::vector<std::pair<std::string, QFormLayout*>> forms_;  // "" = the dialog's own area
   std::vector<std::function<void()>> writers_;  // each copies one widget's value into the model
+  // A check box and the edits and labels that follow it in the same group share one row, so
+  // that "Truncate:  Low [ ]  High [ ]" reads as one option.
+  QHBoxLayout* optionRow_ = nullptr;
+  std::string optionRowGroup_;
 };
 
 }  // namespace quarvel

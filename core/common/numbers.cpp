@@ -62,6 +62,21 @@ std::vector<double> readFreeNumbers(std::string_view line) {
   return values;
 }
 
+std::size_t readLeadingNumbers(std::string_view line, std::span<double> out) {
+  std::size_t count = 0, i = 0;
+  while (count < out.size() && i < line.size()) {
+    while (i < line.size() && (isBlank(line[i]) || line[i] == ',')) ++i;
+    std::size_t j = i;
+    while (j < line.size() && !isBlank(line[j]) && line[j] != ',') ++j;
+    if (j == i) break;
+    auto value = parseNumber(line.substr(i, j - i));
+    if (!value) break;
+    out[count++] = *value;
+    i = j;
+  }
+  return count;
+}
+
 std::optional<double> readField(std::string_view line, std::size_t firstColumn, std::size_t width) {
   if (firstColumn == 0 || firstColumn > line.size()) return std::nullopt;
   std::string_view field = strip(line.substr(firstColumn - 1, width));

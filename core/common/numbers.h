@@ -3,6 +3,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,8 @@ std::optional<long> parseInteger(std::string_view text);
 // Reads numbers the way a list-directed read does: fields separated by blanks, tabs or commas.
 // Stops at the first field that is not a number; returns what was read before it.
 std::vector<double> readFreeNumbers(std::string_view line);
+// The same without allocating: at most out.size() numbers into `out`; returns how many were read.
+std::size_t readLeadingNumbers(std::string_view line, std::span<double> out);
 
 // A fixed column field (1-based first column, width) read as a number; blank -> nullopt.
 std::optional<double> readField(std::string_view line, std::size_t firstColumn, std::size_t width);

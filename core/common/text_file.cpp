@@ -9,26 +9,53 @@
 namespace quarvel {
 
 std::optional<std::string> readWholeFile(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return std::nullopt;
-  std::ostringstream buffer;
-  buffer << in.rdbuf();
-  if (in.bad()) return std::nullopt;
-  return std::move(buffer).str();
+  std::error_code ec;
+  if (std::filesystem::is_directory(path, ec)) return std::nullopt;
+  std::FILE* file = std::fopen(path.string().c_str(), "rb");
+  if (file == nullptr) return std::nullopt;
+  // One read into a buffer of the file's size; a file that grows meanwhile is read on in chunks.
+  std::string text;
+  const auto size = std::filesystem::file_size(path, ec);
+  text.resize(ec ? 0 : static_cast<std::size_t>(size));
+  std::size_t got = text.empty() ? 0 : std::fread(text.data(), 1, text.size(), file);
+  text.resize(got);
+  char chunk[65536];
+  for (std::size_t n; (n = std::fread(chunk, 1, sizeof chunk, file)) > 0;) text.append(chunk, n);
+  const bool failed = std::ferror(file) != 0;
+  std::fclose(file);
+  if (failed) return std::nullopt;
+  return text;
 }
 
 std::vector<std::string> splitLines(std::string_view text) {
+  const auto views = splitLineViews(text);
+  return {views.begin(), views.end()};
+}
+
+std::vector<std::string_view> splitLineViews(std::string_view text) {
   if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
-  std::vector<std::string> lines;
+  std::vector<std::string_view> lines;
+  lines.reserve(text.size() / 16 + 1);
+  // Files with LF (or CRLF) ends are split at LF with a fast search; a CR left at a line's end
+  // belongs to CRLF. Only files without any LF are taken as CR-only (old Mac) files.
+  const bool crOnly = text.find('\n') == std::string_view::npos;
+  const char separator = crOnly ? '\r' : '\n';
   std::size_t start = 0;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '\n' || text[i] == '\r') {
-      lines.emplace_back(text.substr(start, i - start));
-      if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
-      start = i + 1;
+  while (start < text.size()) {
+    std::size_t end = text.find(separator, start);
+    const bool last = end == std::string_view::npos;
+    if (last) end = text.size();
+    std::string_view line = text.substr(start, end - start);
+    if (!crOnly && !line.empty() && line.back() == '\r') line.remove_suffix(1);
+    // A lone CR inside an LF file still ends a line.
+    for (std::size_t cr = line.find('\r'); cr != std::string_view::npos; cr = line.find('\r')) {
+      lines.push_back(line.substr(0, cr));
+      line.remove_prefix(cr + 1);
     }
+    lines.push_back(line);
+    if (last) break;
+    start = end + 1;
   }
-  if (start < text.size()) lines.emplace_back(text.substr(start));
   return lines;
 }
 

@@ -17,6 +17,8 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& path);
 
 // Splits text into lines at LF, CRLF or lone CR; drops a leading UTF-8 BOM.
 std::vector<std::string> splitLines(std::string_view text);
+// The same as views into `text` (no copies; `text` must outlive them).
+std::vector<std::string_view> splitLineViews(std::string_view text);
 
 // Lines of a file; nullopt when it cannot be opened.
 std::optional<std::vector<std::string>> readLines(const std::filesystem::path& path);

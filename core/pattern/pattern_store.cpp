@@ -16,12 +16,17 @@ void PatternSlot::copyFrom(const PatternSlot& other) {
   dAtFirst = other.dAtFirst;
   qAtFirst = other.qAtFirst;
   qAtLast = other.qAtLast;
-  std::copy_n(other.y.begin(), std::clamp(other.count, 0, kMaxPoints), y.begin());
+  const int n = std::clamp(other.count, 0, kMaxPoints);
+  std::copy_n(other.y.begin(), n, y.begin());
+  written_ = std::max(written_, n);
 }
 
 void PatternSlot::clear() {
+  // Zeroing stops at the furthest point this slot ever held: beyond it the storage is still
+  // the untouched zeros it was allocated with.
+  written_ = std::clamp(std::max(written_, count), 0, kMaxPoints);
+  std::fill_n(y.begin(), written_, 0.0f);
   count = 0;
-  std::fill(y.begin(), y.end(), 0.0f);
 }
 
 PatternStore::PatternStore() : axis_(kMaxPoints) {
@@ -61,7 +66,7 @@ AxisPoint axisPointAt(float twoTheta, float wavelength) {
 
 namespace {
 
-void fillAxis(PatternSlot& slot, std::vector<AxisPoint>& table, float zero) {
+void fillAxis(PatternSlot& slot, std::span<AxisPoint> table, float zero) {
   const int n = std::clamp(slot.count, 0, kMaxPoints);
   for (int j = 0; j < n; ++j) {
     const float twoTheta = static_cast<float>(j) * slot.step + slot.start + zero;

@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "core/common/zeroed_allocator.h"
+
 namespace quarvel {
 
 inline constexpr int kMaxPoints = 20000;
@@ -37,7 +39,8 @@ struct PatternSlot {
   int count = 0;            // valid points; 0 = empty
   // Display limits of the derived axes, set by rebuildAxisTable.
   float dAtLast = 0.0f, dAtFirst = 0.0f, qAtFirst = 0.0f, qAtLast = 0.0f;
-  std::vector<float> y;     // kMaxPoints intensities; only [0, count) are meaningful
+  // kMaxPoints intensities; only [0, count) are meaningful.
+  std::vector<float, ZeroedAllocator<float>> y;
 
   PatternSlot() : y(kMaxPoints, 0.0f) {}
 
@@ -49,6 +52,9 @@ struct PatternSlot {
   void copyFrom(const PatternSlot& other);
   // Count 0, intensities zeroed.
   void clear();
+
+ private:
+  int written_ = 0;  // furthest point count this slot has held; beyond it y is still zero
 };
 
 struct AxisPoint {
@@ -130,8 +136,8 @@ class PatternStore {
   std::array<PatternSlot, kSlotCount> slots_;
   std::array<PatternSlot, kSlotCount> undo_;
   bool undoAvailable_ = false;
-  std::vector<AxisPoint> axis_;                    // kMaxPoints
-  std::array<std::vector<AxisPoint>, 4> multipleAxis_;  // kMaxPoints each
+  std::vector<AxisPoint, ZeroedAllocator<AxisPoint>> axis_;                    // kMaxPoints
+  std::array<std::vector<AxisPoint, ZeroedAllocator<AxisPoint>>, 4> multipleAxis_;  // kMaxPoints each
 };
 
 // 2θ (degrees) -> d (Å) and Q = 2π/d, as the axis table computes them. d is infinite or not a

@@ -1,6 +1,7 @@
 #include "core/pattern/pattern_writers.h"
 
 #include <cmath>
+#include <iterator>
 
 #include <fmt/format.h>
 
@@ -26,9 +27,17 @@ WriterTexts writerTexts(SaveFormat format) {
   return {"Error opening xy file", "Error writing records to xy file"};
 }
 
+// F10.4 and I10 written with fmt where the values fit their fields (nearly always), and with the
+// Fortran-style formatter, asterisks included, where they do not.
 void appendXy(std::string& out, const PatternSlot& s) {
-  for (int i = 0; i < s.count; ++i)
-    out += formatF(s.x(i), 10, 4) + " " + formatI(nint(s.y[static_cast<std::size_t>(i)]), 10) + "\n";
+  for (int i = 0; i < s.count; ++i) {
+    const double x = s.x(i);
+    const long y = nint(s.y[static_cast<std::size_t>(i)]);
+    if (x > -999.0 && x < 9999.0 && y > -999999999L && y < 9999999999L)
+      fmt::format_to(std::back_inserter(out), "{:10.4f} {:10d}\n", x, y);
+    else
+      out += formatF(x, 10, 4) + " " + formatI(y, 10) + "\n";
+  }
 }
 
 // The weight column is the reciprocal counting variance, 1 / max(I, 1).
@@ -76,7 +85,11 @@ void appendCif(std::string& out, const PatternStore& store, const PatternSlot& s
   out += "# 2-Theta scan data\n";
   out += "loop_\n";
   out += "_pd_meas_intensity_total\n";
-  for (int i = 0; i < s.count; ++i) out += formatF(s.y[static_cast<std::size_t>(i)], 15, 1) + "\n";
+  for (int i = 0; i < s.count; ++i) {
+    const double y = s.y[static_cast<std::size_t>(i)];
+    if (std::fabs(y) < 1.0e12) fmt::format_to(std::back_inserter(out), "{:15.1f}\n", y);
+    else out += formatF(y, 15, 1) + "\n";
+  }
   out += "#--eof--eof--eof--eof--eof--eof--#\n";
 }
 

@@ -85,21 +85,27 @@ TEST(LatticeLines, CountsAbsencesAndMergesExactDegeneracies) {
 }
 
 TEST(LatticeLines, SolvingForTheLastIndexAgreesWithTheFullList) {
-  const ReciprocalMetric m = metricFromCell(kCells[6].cell);
-  const auto lines = calculatedLines(m, Centring::P, 0.3);
-  std::mt19937 random(7);
-  std::uniform_real_distribution<double> anyQ(0.01, 0.28);
-  for (int trial = 0; trial < 300; ++trial) {
-    const double q = anyQ(random), tol = 2e-4;
-    double best = tol;
-    bool expected = false;
-    for (const CalculatedLine& c : lines) {
-      if (std::abs(c.q - q) <= best) best = std::abs(c.q - q), expected = true;
-    }
-    const auto found = nearestLineWithin(m, Centring::P, q, tol);
-    ASSERT_EQ(found.has_value(), expected) << q;
-    if (found) {
-      EXPECT_NEAR(std::abs(found->q - q), best, 1e-15);
+  // Triclinic and monoclinic forms, primitive and centred: the list-free test must find the
+  // same nearest line as a search of the full list.
+  for (const auto& [cell, centring] : {std::pair{kCells[6].cell, Centring::P}, {kCells[6].cell, Centring::I},
+                                       {kCells[5].cell, Centring::C}}) {
+    const ReciprocalMetric m = metricFromCell(cell);
+    const auto lines = calculatedLines(m, centring, 0.3);
+    std::mt19937 random(7);
+    std::uniform_real_distribution<double> anyQ(0.01, 0.28);
+    for (int trial = 0; trial < 300; ++trial) {
+      const double q = anyQ(random), tol = 2e-4;
+      double best = tol;
+      bool expected = false;
+      for (const CalculatedLine& c : lines) {
+        if (std::abs(c.q - q) <= best) best = std::abs(c.q - q), expected = true;
+      }
+      const auto found = nearestLineWithin(m, centring, q, tol);
+      ASSERT_EQ(found.has_value(), expected) << q;
+      if (found) {
+        EXPECT_NEAR(std::abs(found->q - q), best, 1e-15);
+        EXPECT_TRUE(isAllowedReflection(centring, found->h, found->k, found->l));
+      }
     }
   }
 }

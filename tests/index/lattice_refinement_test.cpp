@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "core/index/lattice/common_factor.h"
 #include "core/index/lattice/metric_refinement.h"
 #include "core/index/lattice/synthetic_lines.h"
 #include "core/index/lattice/units.h"
@@ -91,6 +92,26 @@ TEST(LatticeRefinement, ReportsASingularDesignAndTooFewLines) {
   const std::vector<double> one{twoThetaFromQ(m.q(1, 0, 0), 1.5406)};
   const MetricRefinement few = refineMetric(one, m, optionsFor(CrystalSystem::Orthorhombic, false));
   EXPECT_FALSE(few.solved);
+}
+
+TEST(LatticeRefinement, DoubledAxisAndPrimitiveDescriptionsShowCommonFactors) {
+  // Lines of a body-centred cell indexed with the primitive description of its conventional
+  // cell, and of a cell indexed on a doubled c axis.
+  const CellParameters cell{5.0, 6.0, 7.0, 90, 90, 90};
+  const auto bodyCentred = syntheticLines(cell, Centring::I, {});
+  MetricRefinementOptions o = optionsFor(CrystalSystem::Orthorhombic, false);
+  const MetricRefinement asPrimitive = refineMetric(bodyCentred, metricFromCell(cell), o);
+  ASSERT_TRUE(asPrimitive.solved);
+  const auto found = commonIndexConditions(asPrimitive.lines);
+  EXPECT_EQ(found, (std::vector<std::string_view>{"h+k+l = 2n"}));
+
+  CellParameters doubled = cell;
+  doubled.c *= 2;
+  const MetricRefinement onDoubled = refineMetric(syntheticLines(cell, Centring::P, {}), metricFromCell(doubled), o);
+  ASSERT_TRUE(onDoubled.solved);
+  EXPECT_EQ(commonIndexConditions(onDoubled.lines), (std::vector<std::string_view>{"l = 2n"}));
+  // The true cell on its own lines shows none.
+  EXPECT_TRUE(commonIndexConditions(refineMetric(syntheticLines(cell, Centring::P, {}), metricFromCell(cell), o).lines).empty());
 }
 
 }  // namespace

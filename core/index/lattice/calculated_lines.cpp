@@ -79,7 +79,8 @@ std::vector<double> distinctValues(std::span<const CalculatedLine> sorted) {
 
 std::optional<CalculatedLine> nearestLineWithin(const ReciprocalMetric& m, Centring centring, double q,
                                                 double tolerance) {
-  const auto [hMax, kMax, lMax] = indexBounds(m, q + tolerance);
+  const auto bounds = indexBounds(m, q + tolerance);
+  const int hMax = bounds[0], kMax = bounds[1], lMax = bounds[2];  // named: the lambda captures lMax
   std::optional<CalculatedLine> best;
   double bestMiss = tolerance;
   auto consider = [&](int h, int k, int l, double c0, double b) {

@@ -138,7 +138,9 @@ MetricRefinement refineMetric(std::span<const double> twoThetaObserved, const Re
   };
   std::vector<Pass> passes;
   if (lowHalf < sorted.size()) passes.push_back({std::span<const double>(sorted).first(lowHalf), false, true});
-  passes.push_back({twoThetaObserved, false, false});
+  // With a zero to refine, a large zero error (short wavelengths put every line at small angles)
+  // can defeat the pass that holds it fixed; the zero pass then starts from the start cell.
+  passes.push_back({twoThetaObserved, false, options.refineZero});
   if (options.refineZero) passes.push_back({twoThetaObserved, true, false});
   const ReciprocalMetric startMetric = metric;
   for (const Pass& pass : passes) {
@@ -147,6 +149,7 @@ MetricRefinement refineMetric(std::span<const double> twoThetaObserved, const Re
     auto failed = [&](bool singular) {
       if (pass.optional) {
         metric = startMetric;
+        zero = 0.0;
         return false;
       }
       r.singular = singular;

@@ -21,19 +21,22 @@ struct ColumnRules {
 // Reads 2θ/intensity pairs from `lines` starting at `first`. Lines before the first data line
 // that are not number pairs (a title, a wavelength alone on line 1) are passed over and
 // remarked; after the data started, the first unreadable line ends them.
-ReadOutcome readColumns(const std::vector<std::string>& lines, std::size_t first, const ColumnRules& rules,
+ReadOutcome readColumns(const std::vector<std::string_view>& lines, std::size_t first, const ColumnRules& rules,
                         const ReaderTexts& texts) {
   ScanData scan;
   std::vector<double> twoTheta;
+  scan.y.reserve(lines.size());
+  twoTheta.reserve(lines.size());
   std::size_t skippedHeader = 0;
   for (std::size_t i = first; i < lines.size() && twoTheta.size() < kReaderPointLimit; ++i) {
-    const std::string& line = lines[i];
-    if (isBlank(line)) continue;
-    const std::string head = trim(line).substr(0, 1);
-    if (rules.skipCommentLines && (head == ";" || head == "_" || head == "#")) continue;
-    const auto numbers = readFreeNumbers(line);
+    const std::string_view line = lines[i];
+    const auto firstChar = line.find_first_not_of(" \t");
+    if (firstChar == std::string_view::npos) continue;
+    const char head = line[firstChar];
+    if (rules.skipCommentLines && (head == ';' || head == '_' || head == '#')) continue;
+    double numbers[2] = {};
     std::optional<float> x, y;
-    if (numbers.size() >= 2) {
+    if (readLeadingNumbers(line, numbers) == 2) {
       x = asFloat(numbers[0]);
       y = asFloat(numbers[1]);
     }
@@ -71,15 +74,15 @@ const ReaderTexts& xyReaderTexts() { return kXyTexts; }
 const ReaderTexts& chiReaderTexts() { return kChiTexts; }
 
 ReadOutcome parseXy(std::string_view text) {
-  return readColumns(splitLines(text), 0, {true, true}, kXyTexts);
+  return readColumns(splitLineViews(text), 0, {true, true}, kXyTexts);
 }
 
 ReadOutcome parseXyVelm(std::string_view text) {
-  return readColumns(splitLines(text), 0, {false, false}, kXyTexts);
+  return readColumns(splitLineViews(text), 0, {false, false}, kXyTexts);
 }
 
 ReadOutcome parseChi(std::string_view text) {
-  const auto lines = splitLines(text);
+  const auto lines = splitLineViews(text);
   if (lines.size() < 4) return ReadFailure{kFileErrorTitleCaps, kChiTexts.readError};
   // Line 2 names the x axis; a chi file integrated on another axis (Q, radius) is no 2θ scan.
   const std::string xLabel = toLower(lines[1]);

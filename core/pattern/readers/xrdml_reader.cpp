@@ -18,10 +18,17 @@ struct Element {
   std::size_t next = 0;      // where to search for the next element of the same name
 };
 
+// "<" or "</" followed by a name (built by appending: GCC 12 warns falsely on "<" + string).
+std::string tagStart(std::string_view opener, std::string_view name) {
+  std::string tag(opener);
+  tag.append(name);
+  return tag;
+}
+
 bool isNameEnd(char c) { return c == ' ' || c == '>' || c == '/' || c == '\t' || c == '\r' || c == '\n'; }
 
 std::optional<Element> findElement(std::string_view text, std::string_view name, std::size_t from = 0) {
-  const std::string open = "<" + std::string(name);
+  const std::string open = tagStart("<", name);
   for (std::size_t at = text.find(open, from); at != std::string_view::npos; at = text.find(open, at + 1)) {
     const std::size_t nameEnd = at + open.size();
     if (nameEnd >= text.size() || !isNameEnd(text[nameEnd])) continue;
@@ -33,7 +40,7 @@ std::optional<Element> findElement(std::string_view text, std::string_view name,
       e.next = tagEnd + 1;
       return e;
     }
-    const std::string close = "</" + std::string(name);
+    const std::string close = tagStart("</", name);
     std::size_t closeAt = text.find(close, tagEnd + 1);
     while (closeAt != std::string_view::npos && closeAt + close.size() < text.size() &&
            !isNameEnd(text[closeAt + close.size()]))
@@ -47,7 +54,8 @@ std::optional<Element> findElement(std::string_view text, std::string_view name,
 }
 
 std::string attribute(std::string_view attributes, std::string_view name) {
-  const std::string key = std::string(name) + "=";
+  std::string key(name);
+  key += '=';
   for (std::size_t at = attributes.find(key); at != std::string_view::npos; at = attributes.find(key, at + 1)) {
     if (at > 0 && !isNameEnd(attributes[at - 1])) continue;
     const std::size_t q = at + key.size();
