@@ -3,6 +3,9 @@
 // reduction) and the median and worst time.
 //
 //   indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures]
+//                   [--filter TEXT]
+//
+// --filter keeps the problems whose name contains TEXT (e.g. "mP " or "σ0.01").
 //
 // Engines register in engineTable() below; "refine-known" is a reference that starts from the
 // known cell and only checks the harness and the shared lattice library.
@@ -38,15 +41,22 @@ void printSummary(const std::string& title, const std::vector<CaseResult>& resul
       if (!r.found) fmt::print("  not found: {}\n", r.name);
 }
 
+void keepMatching(std::vector<IndexingCase>& cases, const std::string& filter) {
+  if (filter.empty()) return;
+  std::erase_if(cases, [&](const IndexingCase& c) { return c.name.find(filter) == std::string::npos; });
+}
+
 int usage() {
-  std::fprintf(stderr, "usage: indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures]\n");
+  std::fprintf(stderr,
+               "usage: indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures] "
+               "[--filter TEXT]\n");
   return 2;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::string engineName = "refine-known", only, casesDir = QUARVEL_SHARED_DATA_DEFAULT "/indexing";
+  std::string engineName = "refine-known", only, filter, casesDir = QUARVEL_SHARED_DATA_DEFAULT "/indexing";
   if (const char* env = std::getenv("QUARVEL_SHARED_DATA")) casesDir = std::string(env) + "/indexing";
   int top = 4;
   bool listFailures = false;
@@ -58,6 +68,7 @@ int main(int argc, char** argv) {
     else if (arg == "--only") only = value();
     else if (arg == "--top") top = std::atoi(value().c_str());
     else if (arg == "--list-failures") listFailures = true;
+    else if (arg == "--filter") filter = value();
     else return usage();
   }
   const auto engines = engineTable();
@@ -75,9 +86,14 @@ int main(int argc, char** argv) {
     std::vector<IndexingCase> cases;
     if (std::filesystem::is_directory(casesDir)) cases = readIndexingCases(casesDir, errors);
     for (const auto& e : errors) fmt::print("skipped: {}\n", e);
+    keepMatching(cases, filter);
     if (cases.empty()) fmt::print("\nno case files in {}\n", casesDir);
     else printSummary("Case files in " + casesDir, runIndexingMatrix(engine->second, cases, top), listFailures);
   }
-  if (only != "cases") printSummary("Synthetic matrix", runIndexingMatrix(engine->second, syntheticMatrix(), top), listFailures);
+  if (only != "cases") {
+    auto synthetic = syntheticMatrix();
+    keepMatching(synthetic, filter);
+    printSummary("Synthetic matrix", runIndexingMatrix(engine->second, synthetic, top), listFailures);
+  }
   return 0;
 }

@@ -1,6 +1,7 @@
 #include "core/index/ito/ito_report.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "core/common/numbers.h"
@@ -24,15 +25,25 @@ std::string solutionRow(int number, const ItoLattice& lattice) {
   std::string row = formatI(number, 4);
   for (double v : {m.A, m.B, m.C, m.D, m.E, m.F}) row += formatF(v, 9, 2);
   // an exact fit has an unbounded figure; the column holds at most 9999.9
-  row += " " + formatI(lattice.indexed, 5) + "   " + formatF(std::min(lattice.merit, 9999.9), 6, 1);
-  row += "  " + padRight(lattice.pedigree, 10) + " " + lattice.bravais;
+  // (built by appending: GCC 12 warns falsely on a literal + string)
+  row += ' ';
+  row += formatI(lattice.indexed, 5);
+  row += "   ";
+  row += formatF(std::min(lattice.merit, 9999.9), 6, 1);
+  row += "  ";
+  row += padRight(lattice.pedigree, 10);
+  row += ' ';
+  row += lattice.bravais;
   return row;
 }
 
 std::string directConstantsRow(const ItoLattice& lattice) {
   const CellParameters& c = lattice.cell;
-  return " " + formatF(c.a, 9, 4) + formatF(c.b, 9, 4) + formatF(c.c, 9, 4) + formatF(c.alpha, 9, 3) +
-         formatF(c.beta, 9, 3) + formatF(c.gamma, 9, 3) + formatF(lattice.volume, 12, 2);
+  std::string row(1, ' ');
+  for (double v : {c.a, c.b, c.c}) row += formatF(v, 9, 4);
+  for (double v : {c.alpha, c.beta, c.gamma}) row += formatF(v, 9, 3);
+  row += formatF(lattice.volume, 12, 2);
+  return row;
 }
 
 std::string specialMetric(const ItoLattice& lattice) {
@@ -58,8 +69,10 @@ void printSolutions(ReportLines& report, const std::vector<ItoLattice>& solution
   for (std::size_t i = 0; i < solutions.size(); ++i) report.push_back(solutionRow(static_cast<int>(i + 1), solutions[i]));
   report.push_back("");
   report.push_back(" direct constants (angstrom, degrees, cubic angstrom)");
-  report.push_back(" " + padLeft("a", 9) + padLeft("b", 9) + padLeft("c", 9) + padLeft("alfa", 9) + padLeft("beta", 9) +
-                   padLeft("gamma", 9) + padLeft("volume", 12));
+  std::string heads(1, ' ');
+  for (const char* head : {"a", "b", "c", "alfa", "beta", "gamma"}) heads += padLeft(head, 9);
+  heads += padLeft("volume", 12);
+  report.push_back(heads);
   for (const auto& s : solutions) report.push_back(directConstantsRow(s));
   report.push_back("");
   for (std::size_t i = 0; i < solutions.size(); ++i) {
@@ -104,12 +117,17 @@ void printLineList(ReportLines& report, const ItoLattice& lattice, const ItoLine
   };
   std::vector<Row> rows;
   std::vector<bool> observedHit(calculated.size(), false);
+  std::vector<std::array<int, 3>> used;
   for (std::size_t i = 0; i < lines.q.size(); ++i) {
     const auto& a = i < refined.lines.size() ? refined.lines[i] : LineAssignment{};
     std::string text = formatI(static_cast<long>(i + 1), 4) + formatF(lines.twoTheta[i], 10, 3) + formatF(lines.q[i], 10, 2);
     if (a.indexed) {
       text += formatF(twoThetaFromQ(a.qCalc, parameters.wavel), 10, 3) + formatF(qUnitsFromQ(a.qCalc), 10, 2) +
               formatF(lines.q[i] - qUnitsFromQ(a.qCalc), 8, 2) + formatI(a.h, 4) + formatI(a.k, 4) + formatI(a.l, 4);
+      // two observed lines on one calculated line: one of them belongs elsewhere
+      const std::array<int, 3> hkl{a.h, a.k, a.l};
+      if (std::find(used.begin(), used.end(), hkl) != used.end()) text += "  hkl-combination was used before";
+      used.push_back(hkl);
       for (std::size_t c = 0; c < calculated.size(); ++c)
         if (std::abs(calculated[c].q - a.qCalc) < 1e-12) observedHit[c] = true;
     } else {

@@ -45,9 +45,11 @@ bool sameZone(const ItoZone& a, const ItoZone& b, double tol) {
   return std::abs(a.qa - b.qa) <= tol && std::abs(a.qb - b.qb) <= tol && std::abs(std::abs(a.r) - std::abs(b.r)) <= tol;
 }
 
-// Reliability: the lines a zone explains, then how well.
+// Reliability: the lines a zone explains beyond those its points would catch by chance. Ranking
+// on the lines explained alone puts the finest zones first (they index anything), ranking on the
+// quality figure alone the coarse zones that explain five lines exactly.
 bool better(const ItoZone& a, const ItoZone& b) {
-  if (a.indexed != b.indexed) return a.indexed > b.indexed;
+  if (a.excess != b.excess) return a.excess > b.excess;
   return a.quality > b.quality;
 }
 
@@ -123,6 +125,14 @@ void zonesFromPair(double qa, double qb, int line1, int line2, const ItoLines& l
       }
   }
   std::sort(values.begin(), values.end(), [](const RValue& a, const RValue& b) { return a.r < b.r; });
+  // A rectangular zone is always tried: the mean of a cluster near R = 0 is pulled off zero by
+  // the chance values beside it, and rectangular zones are the common ones.
+  ItoZone rectangular;
+  rectangular.qa = qa;
+  rectangular.qb = qb;
+  rectangular.baseLine1 = line1;
+  rectangular.baseLine2 = line2;
+  out.push_back(rectangular);
   for (std::size_t i = 0; i < values.size(); ++i) {
     std::set<int> support;
     double weighted = 0.0, weights = 0.0;
@@ -191,6 +201,9 @@ void evaluateZone(ItoZone& zone, const ItoLines& lines) {
   const double mean = std::max(sumError / zone.indexed, 0.1 * lines.meanTolerance);
   zone.points = static_cast<int>(distinctCount(points, lines.q[static_cast<std::size_t>(n - 1)]));
   zone.quality = qMax / (2.0 * mean * static_cast<double>(std::max<std::size_t>(distinct, 1)));
+  // a line falls within its tolerance of some point with the chance points × 2·tolerance / q(n)
+  const double chance = std::min(1.0, zone.points * 2.0 * lines.meanTolerance / lines.q[static_cast<std::size_t>(n - 1)]);
+  zone.excess = zone.indexed - chance * n;
 }
 
 ZoneSearch findZones(const ItoLines& lines, const ItoParameters& parameters, const std::vector<ItoZoneCard>& own) {

@@ -19,6 +19,7 @@ struct ItoZone {
   int indexed = 0;                   // among the first 20 lines
   double quality = 0;                // two-dimensional de Wolff figure
   int points = 0;                    // distinct zone values up to the 20th line
+  double excess = 0;                 // lines indexed beyond those its points would catch by chance
   bool reformulated = false;
   bool given = false;
 
