@@ -3,9 +3,10 @@
 // reduction) and the median and worst time.
 //
 //   indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures]
-//                   [--filter TEXT]
+//                   [--filter TEXT] [--seed N]
 //
-// --filter keeps the problems whose name contains TEXT (e.g. "mP " or "σ0.01").
+// --filter keeps the problems whose name contains TEXT (e.g. "mP " or "σ0.01"); --seed draws
+// other cells for the synthetic matrix (one cell per Bravais lattice and seed).
 //
 // Engines register in engineTable() below; "refine-known" is a reference that starts from the
 // known cell and only checks the harness and the shared lattice library.
@@ -49,7 +50,7 @@ void keepMatching(std::vector<IndexingCase>& cases, const std::string& filter) {
 int usage() {
   std::fprintf(stderr,
                "usage: indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures] "
-               "[--filter TEXT]\n");
+               "[--filter TEXT] [--seed N]\n");
   return 2;
 }
 
@@ -60,6 +61,7 @@ int main(int argc, char** argv) {
   if (const char* env = std::getenv("QUARVEL_SHARED_DATA")) casesDir = std::string(env) + "/indexing";
   int top = 4;
   bool listFailures = false;
+  SyntheticMatrixOptions matrix;
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
     auto value = [&]() -> std::string { return i + 1 < argc ? argv[++i] : ""; };
@@ -69,6 +71,7 @@ int main(int argc, char** argv) {
     else if (arg == "--top") top = std::atoi(value().c_str());
     else if (arg == "--list-failures") listFailures = true;
     else if (arg == "--filter") filter = value();
+    else if (arg == "--seed") matrix.seed = static_cast<std::uint32_t>(std::atol(value().c_str()));
     else return usage();
   }
   const auto engines = engineTable();
@@ -91,7 +94,7 @@ int main(int argc, char** argv) {
     else printSummary("Case files in " + casesDir, runIndexingMatrix(engine->second, cases, top), listFailures);
   }
   if (only != "cases") {
-    auto synthetic = syntheticMatrix();
+    auto synthetic = syntheticMatrix(matrix);
     keepMatching(synthetic, filter);
     printSummary("Synthetic matrix", runIndexingMatrix(engine->second, synthetic, top), listFailures);
   }

@@ -46,7 +46,7 @@ bool contains(const std::vector<std::string>& report, std::string_view text) {
   return std::any_of(report.begin(), report.end(), [&](const std::string& l) { return l.find(text) != std::string::npos; });
 }
 
-TEST(ItoEngine, FindsOrthogonalAndHexagonalCellsFromNoisyLines) {
+TEST(ItoEngine, FindsTheCellOfEachCrystalSystemFromNoisyLines) {
   const struct {
     CellParameters cell;
     Centring centring;
@@ -55,6 +55,8 @@ TEST(ItoEngine, FindsOrthogonalAndHexagonalCellsFromNoisyLines) {
       {{6.31, 6.31, 9.77, 90, 90, 90}, Centring::I},
       {{5.43, 5.43, 7.91, 90, 90, 120}, Centring::P},
       {{10.027, 11.028, 3.420, 90, 90, 90}, Centring::P},
+      {{10.223, 6.497, 8.806, 90, 94.69, 90}, Centring::P},
+      {{5.12, 8.01, 7.04, 102.6, 96.1, 91.4}, Centring::P},
   };
   for (const auto& [cell, centring] : cells) {
     const IndexingCase problem = syntheticCase(cell, centring, 0.01);

@@ -101,11 +101,11 @@ void printZones(Report& report, const ZoneSearch& search, const ItoParameters& p
   for (int i = 0; i < search.reformulated; ++i) report.push_back(" a centered skew zone has been reformulated");
   report.push_back("");
   report.push_back(" zones, best first");
-  report.push_back("  nr        qa        qb         r  lines  quality  from lines");
+  report.push_back("  nr        qa        qb         r  lines  beyond chance  quality  from lines");
   for (std::size_t i = 0; i < search.zones.size(); ++i) {
     const ItoZone& z = search.zones[i];
     report.push_back(formatI(static_cast<long>(i + 1), 4) + formatF(z.qa, 10, 2) + formatF(z.qb, 10, 2) + formatF(z.r, 10, 2) +
-                     formatI(z.indexed, 7) + formatF(z.quality, 9, 1) +
+                     formatI(z.indexed, 7) + formatF(z.excess, 15, 1) + formatF(z.quality, 9, 1) +
                      (z.given ? std::string("  given") : "  " + formatI(z.baseLine1, 3) + formatI(z.baseLine2, 3)));
   }
 }

@@ -19,6 +19,9 @@ namespace {
 constexpr int kMaxRowIndex = 2;         // |h|, |k| of the rows tried as the common row
 constexpr int kMaxCrossIndex = 2;       // |i|, |j|, |l| of the triples that fix the cross term
 constexpr int kClustersPerRowPair = 3;  // trial lattices kept per pair of common rows
+// Cross terms of a zone row with a line outside the zone: one or two lines support each, so the
+// true one competes with many chance clusters of the same support.
+constexpr int kClustersPerAxis = 3;
 constexpr int kRefinedLattices = 40;    // the best screened lattices go on to refinement
 constexpr double kMaxVolume = 10000.0;  // Å³
 constexpr int kRefinementCycles = 4;
@@ -138,9 +141,11 @@ std::vector<Cluster> crossTermClusters(double qu1, double qu2, double qc, double
 // Clusters of a cross term P = 2 a·c of one zone vector a (q = qa) with the new vector c (q = qc)
 // from lines indexed as i·a + l·c: P = (q − i²qa − l²qc)/(il). One supporting line is enough
 // here: the second cross term and the screening that follows check the trial anyway.
-std::vector<Cluster> axisCrossTerms(double qa, double qc, const ItoLines& lines, double tol3) {
+std::vector<Cluster> axisCrossTerms(double qa, double qc, const ItoLines& lines, double tol3, bool shortest) {
   const int n = lines.indexingCount();
-  const double pMax = 2.0 * std::sqrt(qa * qc);
+  // When c is the shortest vector outside the zone, c ± a is no shorter: |P| ≤ q(a). Without this
+  // bound the flat, near-degenerate values win on support.
+  const double pMax = shortest ? std::min(2.0 * std::sqrt(qa * qc), qa + tol3) : 2.0 * std::sqrt(qa * qc);
   std::vector<CrossValue> values;
   for (int line = 0; line < n; ++line)
     for (int i = 1; i <= kMaxCrossIndex; ++i)
@@ -152,7 +157,7 @@ std::vector<Cluster> axisCrossTerms(double qa, double qc, const ItoLines& lines,
       }
   std::vector<Cluster> found;
   std::vector<bool> taken(values.size(), false);
-  for (int round = 0; round < kClustersPerRowPair; ++round) {
+  for (int round = 0; round < kClustersPerAxis; ++round) {
     int bestSupport = 0;
     double bestX = 0.0;
     for (std::size_t a = 0; a < values.size(); ++a) {
@@ -218,9 +223,19 @@ std::vector<double> indexingTwoTheta(const ItoLines& lines) {
   return {lines.twoTheta.begin(), lines.twoTheta.begin() + lines.indexingCount()};
 }
 
+// Ranking: the figure of merit weighted by the fourth power of the share of lines indexed. On
+// lines indexed first, a large cell that indexes everything with a poor figure would beat the true
+// cell leaving one impurity line out; on the figure alone a sub-cell indexing three quarters of
+// the lines would win.
+double rankingFigure(const ItoLattice& lattice) {
+  const double share = static_cast<double>(lattice.indexed) / kItoIndexingLines;
+  return lattice.merit * share * share * share * share;
+}
+
 bool better(const ItoLattice& a, const ItoLattice& b) {
-  if (a.indexed != b.indexed) return a.indexed > b.indexed;
-  return a.merit > b.merit;
+  const double ra = rankingFigure(a), rb = rankingFigure(b);
+  if (ra != rb) return ra > rb;
+  return a.indexed > b.indexed;
 }
 
 // One refinement in a given system and centring; the metric in Å⁻².
@@ -384,13 +399,16 @@ LatticeSearch combineZones(const std::vector<ItoZone>& zones, const ItoLines& li
   for (int z = 0; z < std::min(parameters.nz1, nz); ++z) {
     if (interrupted && interrupted()) break;
     const ItoZone& zone = zones[static_cast<std::size_t>(z)];
+    int outside = 0;
     for (int k = 0; k < lines.indexingCount(); ++k) {
       const double qk = lines.q[static_cast<std::size_t>(k)];
       if (zoneIndexes(zone, qk, lines.tolerance[static_cast<std::size_t>(k)])) continue;
+      // the first lines outside the zone are the likely shortest vectors out of its plane
+      const bool shortest = ++outside <= 2;
       for (double qc : {qk, qk / 4.0}) {
         if (qc < lines.q.front() / 4.0) continue;
-        const auto p1 = axisCrossTerms(zone.qa, qc, lines, parameters.tol3);
-        const auto p2 = axisCrossTerms(zone.qb, qc, lines, parameters.tol3);
+        const auto p1 = axisCrossTerms(zone.qa, qc, lines, parameters.tol3, shortest);
+        const auto p2 = axisCrossTerms(zone.qb, qc, lines, parameters.tol3, shortest);
         const std::string pedigree = std::to_string(z + 1) + "+" + std::to_string(k + 1);
         for (const Cluster& c1 : p1)
           for (const Cluster& c2 : p2)

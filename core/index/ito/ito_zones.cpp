@@ -102,6 +102,18 @@ std::size_t distinctCount(const std::vector<ZonePoint>& points, double qMax) {
   return values.size();
 }
 
+// −log10 of the chance that `trials` lines, each caught with probability p, give `hits` or more.
+double surprise(int hits, int trials, double p) {
+  if (hits <= 0) return 0.0;
+  if (p >= 1.0) return 0.0;
+  if (p <= 0.0) return 99.0;
+  double tail = 0.0;
+  for (int k = hits; k <= trials; ++k)
+    tail += std::exp(std::lgamma(trials + 1.0) - std::lgamma(k + 1.0) - std::lgamma(trials - k + 1.0) + k * std::log(p) +
+                     (trials - k) * std::log1p(-p));
+  return tail > 0.0 ? -std::log10(tail) : 99.0;
+}
+
 struct RValue {
   double r, tol;
   int line;
@@ -201,9 +213,10 @@ void evaluateZone(ItoZone& zone, const ItoLines& lines) {
   const double mean = std::max(sumError / zone.indexed, 0.1 * lines.meanTolerance);
   zone.points = static_cast<int>(distinctCount(points, lines.q[static_cast<std::size_t>(n - 1)]));
   zone.quality = qMax / (2.0 * mean * static_cast<double>(std::max<std::size_t>(distinct, 1)));
-  // a line falls within its tolerance of some point with the chance points × 2·tolerance / q(n)
+  // a line falls within its tolerance of some point with the chance points × 2·tolerance / q(n);
+  // the two lines the zone was built from are indexed by construction and do not count
   const double chance = std::min(1.0, zone.points * 2.0 * lines.meanTolerance / lines.q[static_cast<std::size_t>(n - 1)]);
-  zone.excess = zone.indexed - chance * n;
+  zone.excess = surprise(std::max(zone.indexed - 2, 0), std::max(n - 2, 0), chance);
 }
 
 ZoneSearch findZones(const ItoLines& lines, const ItoParameters& parameters, const std::vector<ItoZoneCard>& own) {

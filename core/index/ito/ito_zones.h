@@ -19,7 +19,7 @@ struct ItoZone {
   int indexed = 0;                   // among the first 20 lines
   double quality = 0;                // two-dimensional de Wolff figure
   int points = 0;                    // distinct zone values up to the 20th line
-  double excess = 0;                 // lines indexed beyond those its points would catch by chance
+  double excess = 0;                 // −log10 of the chance that its points catch as many lines
   bool reformulated = false;
   bool given = false;
 
