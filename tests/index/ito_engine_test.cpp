@@ -68,6 +68,32 @@ TEST(ItoEngine, FindsTheCellOfEachCrystalSystemFromNoisyLines) {
   }
 }
 
+TEST(ItoZones, RankedOnTheirFitBeyondChanceNotOnLinesAlone) {
+  const auto twoTheta = syntheticCase({10.027, 11.028, 3.420, 90, 90, 90}, Centring::P, 0.01).twoTheta;
+  const ItoLines lines = prepareLines(twoTheta, ItoParameters{});
+  ItoZone hk0;
+  hk0.qa = 1e4 / (11.028 * 11.028);
+  hk0.qb = 1e4 / (10.027 * 10.027);
+  ItoZone fine = hk0;  // the same rows at half the spacing: every line of hk0 and more
+  fine.qa /= 4.0;
+  fine.qb /= 4.0;
+  evaluateZone(hk0, lines);
+  evaluateZone(fine, lines);
+  EXPECT_GE(fine.indexed, hk0.indexed);
+  EXPECT_GT(hk0.excess, fine.excess + 1.0);
+}
+
+TEST(ItoEngine, DuplicateInputIsReportedAndDropped) {
+  auto lines = syntheticCase({6.31, 6.31, 9.77, 90, 90, 90}, Centring::I, 0.0).twoTheta;
+  lines.insert(lines.begin() + 5, lines[4]);
+  std::vector<ItoProblemResult> results;
+  const auto report = runItoDeck(deckFor(lines), {}, &results);
+  EXPECT_TRUE(contains(report, " the input value" + formatF(lines[4], 10, 4) + " appears twice"));
+  EXPECT_TRUE(contains(report, " check your input"));
+  ASSERT_EQ(results.size(), 1u);
+  EXPECT_EQ(results[0].lines.count(), static_cast<int>(lines.size()) - 1);
+}
+
 TEST(ItoEngine, NineteenUsableLinesSkipTheProblem) {
   const auto lines = syntheticCase({10.027, 11.028, 3.420, 90, 90, 90}, Centring::P, 0.0, 19).twoTheta;
   std::vector<ItoProblemResult> results;
