@@ -22,7 +22,7 @@ constexpr int kClustersPerRowPair = 3;  // trial lattices kept per pair of commo
 // Cross terms of a zone row with a line outside the zone: one or two lines support each, so the
 // true one competes with many chance clusters of the same support.
 constexpr int kClustersPerAxis = 3;
-constexpr int kRefinedLattices = 40;    // the best screened lattices go on to refinement
+constexpr int kRefinedLattices = 60;    // the best screened lattices go on to refinement
 constexpr double kMaxVolume = 10000.0;  // Å³
 constexpr int kRefinementCycles = 4;
 
@@ -142,7 +142,8 @@ std::vector<Cluster> crossTermClusters(double qu1, double qu2, double qc, double
 // from lines indexed as i·a + l·c: P = (q − i²qa − l²qc)/(il). One supporting line is enough
 // here: the second cross term and the screening that follows check the trial anyway.
 std::vector<Cluster> axisCrossTerms(double qa, double qc, const ItoLines& lines, double tol3, bool shortest) {
-  const int n = lines.indexingCount();
+  // every line: with a dominant zone the lines that fix the third axis may all lie beyond the 20th
+  const int n = lines.count();
   // When c is the shortest vector outside the zone, c ± a is no shorter: |P| ≤ q(a). Without this
   // bound the flat, near-degenerate values win on support.
   const double pMax = shortest ? std::min(2.0 * std::sqrt(qa * qc), qa + tol3) : 2.0 * std::sqrt(qa * qc);
@@ -400,7 +401,9 @@ LatticeSearch combineZones(const std::vector<ItoZone>& zones, const ItoLines& li
     if (interrupted && interrupted()) break;
     const ItoZone& zone = zones[static_cast<std::size_t>(z)];
     int outside = 0;
-    for (int k = 0; k < lines.indexingCount(); ++k) {
+    for (int k = 0; k < lines.count(); ++k) {
+      // beyond the 20th line only while no line outside the zone has been seen (a dominant zone)
+      if (k >= lines.indexingCount() && outside >= 2) break;
       const double qk = lines.q[static_cast<std::size_t>(k)];
       if (zoneIndexes(zone, qk, lines.tolerance[static_cast<std::size_t>(k)])) continue;
       // the first lines outside the zone are the likely shortest vectors out of its plane
