@@ -191,7 +191,8 @@ TEST(ItoEngine, CaseFilesWithKnownCells) {
   const auto folder = test::sharedDataDir() / "indexing";
   if (test::sharedDataDir().empty() || !std::filesystem::is_directory(folder)) GTEST_SKIP() << "no shared indexing data";
   // cases the engine solves today: a regression guard, not the quality table (see the benchmark)
-  for (const char* name : {"mcmaille_test1_Cd3OH5NO3.txt", "mcmaille_test3_NH4B5O8_4H2O.txt"}) {
+  for (const char* name :
+       {"mcmaille_test1_Cd3OH5NO3.txt", "mcmaille_test4_NH4_2Ni_SO4_2_6H2O.txt", "mcmaille_test6_K2S2O8.txt"}) {
     std::string error;
     const auto problem = readIndexingCase(folder / name, error);
     ASSERT_TRUE(problem.has_value()) << error;
