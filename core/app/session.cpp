@@ -56,6 +56,12 @@ void Session::setPatternMenus(bool loaded) {
   }
 }
 
+void Session::setBackgroundMenus() {
+  for (int id : {cmd::kScaleBackground, cmd::kScaleToInterval, cmd::kSubtractBackground, cmd::kCrystallinity,
+                 cmd::kSaveBackground, cmd::kPlotBackground})
+    menu_.setEnabled(id, true);
+}
+
 void Session::resetWorkingState() {
   Selection& sel = store_->selection;
   sel.currentSlot = kSlotPattern;

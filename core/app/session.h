@@ -73,6 +73,9 @@ class Session {
   void refreshView();
   // Enables (or greys) the menus that need a loaded pattern.
   void setPatternMenus(bool loaded);
+  // Enables the Background items that need a background curve in slot 2 (scale, subtract,
+  // crystallinity, save, plot), once any command has put one there.
+  void setBackgroundMenus();
   // Puts every analysis setting back to its start value.
   void resetWorkingState();
 

@@ -23,14 +23,8 @@ constexpr char kTitle[] = "Background";
 // Settings-file keys of the remembered Foil, Tape and Capillary files.
 constexpr const char* kFileKeys[] = {"BGFOIL", "BGTAPE", "BGCAPILLARY"};
 
-void enableBackgroundMenus(Session& s) {
-  for (int id : {cmd::kScaleBackground, cmd::kScaleToInterval, cmd::kSubtractBackground, cmd::kCrystallinity,
-                 cmd::kSaveBackground, cmd::kPlotBackground})
-    s.menu().setEnabled(id, true);
-}
-
 void showBackground(Session& s) {
-  enableBackgroundMenus(s);
+  s.setBackgroundMenus();
   const PatternSlot& b = s.store().slot(kSlotBackground);
   s.background.intervalLow = b.start;
   s.background.intervalHigh = b.end;
@@ -225,7 +219,7 @@ bool autoSubtractBackground(Session& s, int window) {
   const double scale = s.background.autoScale;
   for (std::size_t i = 0; i < estimate.size(); ++i) b.y[i] = static_cast<float>(estimate[i] * scale);
   s.background.type = BackgroundType::None;
-  enableBackgroundMenus(s);
+  s.setBackgroundMenus();
   showPatternAndBackground(s);
   bool yes = true;
   if (!s.flags.scriptRunning)

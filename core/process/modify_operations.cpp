@@ -116,6 +116,7 @@ Operation chebyshevFit() {
     const ChebyshevFitResult& fit = **result;
     storeBackground(s, currentSlot(s), fit.curve);
     writeChebyshevNotes(s, s.process.chebyshevOrder, fit);
+    s.setBackgroundMenus();
     s.setPlotMode(PlotMode::PatternAndBackground);
   };
   return op;

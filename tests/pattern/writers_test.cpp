@@ -1,4 +1,4 @@
-// Writers: the exact bytes of the xy and CIF layouts, every format read back by its reader,
+// Writers: the exact bytes of every layout, every format read back by its reader,
 // and a failed save that leaves the previous file alone.
 #include <gtest/gtest.h>
 
@@ -40,6 +40,29 @@ TEST_F(WriterFixture, XyAndCifLayoutsAreExact) {
             "          100.5\n"
             "          100.7\n"
             "#--eof--eof--eof--eof--eof--eof--#\n");
+}
+
+TEST_F(WriterFixture, GdfStdXywAndFittedLayoutsAreExact) {
+  EXPECT_EQ(patternFileText(session.store(), 1, SaveFormat::Std, "p.dat"),
+            "   10.0000   0.02000   10.0400\n"
+            "      100.26      100.46      100.66\n");
+  EXPECT_EQ(patternFileText(session.store(), 1, SaveFormat::Xyw, "p.xyw"),
+            "   10.0000        100.260   9.974067e-03\n"
+            "   10.0200        100.460   9.954210e-03\n"
+            "   10.0400        100.660   9.934432e-03\n");
+  // Header comments fall back to a title and the file name; the date sits between > and <.
+  EXPECT_EQ(patternFileText(session.store(), 1, SaveFormat::Gdf, "p.gdf"),
+            "QUARVEL powder pattern\np.gdf\n1\n\n\n\n\n\n\n><\n"
+            "     10.0000\n     10.0400\n    0.020000\n\n\n\n"
+            "         100.26\n         100.46\n         100.66\n");
+
+  test::fillSlot(session.store().slot(kSlotCalculated), 10.0f, 0.02f, 3, [](float) { return 90.0f; });
+  test::fillSlot(session.store().slot(kSlotBackground), 10.0f, 0.02f, 2, [](float) { return 5.5f; });
+  EXPECT_EQ(fittedPatternText(session.store()),
+            "#   2theta       observed     calculated     difference     background\n"
+            "   10.0000        100.260         90.000         10.260          5.500\n"
+            "   10.0200        100.460         90.000         10.460          5.500\n"
+            "   10.0400        100.660         90.000         10.660          0.000\n");
 }
 
 TEST_F(WriterFixture, EveryFormatReadsBackWithTheSameGrid) {

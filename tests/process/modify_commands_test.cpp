@@ -173,7 +173,9 @@ TEST_F(ModifyFixture, ExcludedRegionsRefuseTheTwentySixthAndZeroTheirPoints) {
 
 TEST_F(ModifyFixture, ChebyshevFitFillsTheBackgroundOrReportsASingularSystem) {
   ok([](DialogModel& d) { d.setText("order", "2"); });
+  EXPECT_FALSE(session.menu().isEnabled(cmd::kSubtractBackground));
   dispatcher.dispatch(cmd::kChebyshevFit);
+  EXPECT_TRUE(session.menu().isEnabled(cmd::kSubtractBackground));  // the fitted curve is a background
   const PatternSlot& background = session.store().slot(kSlotBackground);
   ASSERT_EQ(background.count, 101);
   EXPECT_FLOAT_EQ(background.start, 10.0f);
