@@ -3,6 +3,10 @@
 // reduction) and the median and worst time.
 //
 //   indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures]
+//                   [--filter TEXT] [--seed N]
+//
+// --filter keeps the problems whose name contains TEXT (e.g. "mP " or "σ0.01"); --seed draws
+// other cells for the synthetic matrix (one cell per Bravais lattice and seed).
 //
 // Engines register in engineTable() below; "refine-known" is a reference that starts from the
 // known cell and only checks the harness and the shared lattice library.
@@ -14,12 +18,13 @@
 #include <fmt/format.h>
 
 #include "core/index/benchmark/indexing_matrix.h"
+#include "core/index/ito/ito_candidates.h"
 
 namespace {
 
 using namespace quarvel;
 
-std::map<std::string, IndexingEngine> engineTable() { return {{"refine-known", refineKnownCell}}; }
+std::map<std::string, IndexingEngine> engineTable() { return {{"refine-known", refineKnownCell}, {"ito", itoCandidates}}; }
 
 void printSummary(const std::string& title, const std::vector<CaseResult>& results, bool listFailures) {
   fmt::print("\n{} ({} problems)\n", title, results.size());
@@ -37,18 +42,26 @@ void printSummary(const std::string& title, const std::vector<CaseResult>& resul
       if (!r.found) fmt::print("  not found: {}\n", r.name);
 }
 
+void keepMatching(std::vector<IndexingCase>& cases, const std::string& filter) {
+  if (filter.empty()) return;
+  std::erase_if(cases, [&](const IndexingCase& c) { return c.name.find(filter) == std::string::npos; });
+}
+
 int usage() {
-  std::fprintf(stderr, "usage: indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures]\n");
+  std::fprintf(stderr,
+               "usage: indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures] "
+               "[--filter TEXT] [--seed N]\n");
   return 2;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::string engineName = "refine-known", only, casesDir = QUARVEL_SHARED_DATA_DEFAULT "/indexing";
+  std::string engineName = "refine-known", only, filter, casesDir = QUARVEL_SHARED_DATA_DEFAULT "/indexing";
   if (const char* env = std::getenv("QUARVEL_SHARED_DATA")) casesDir = std::string(env) + "/indexing";
   int top = 4;
   bool listFailures = false;
+  SyntheticMatrixOptions matrix;
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
     auto value = [&]() -> std::string { return i + 1 < argc ? argv[++i] : ""; };
@@ -57,6 +70,8 @@ int main(int argc, char** argv) {
     else if (arg == "--only") only = value();
     else if (arg == "--top") top = std::atoi(value().c_str());
     else if (arg == "--list-failures") listFailures = true;
+    else if (arg == "--filter") filter = value();
+    else if (arg == "--seed") matrix.seed = static_cast<std::uint32_t>(std::atol(value().c_str()));
     else return usage();
   }
   const auto engines = engineTable();
@@ -74,9 +89,14 @@ int main(int argc, char** argv) {
     std::vector<IndexingCase> cases;
     if (std::filesystem::is_directory(casesDir)) cases = readIndexingCases(casesDir, errors);
     for (const auto& e : errors) fmt::print("skipped: {}\n", e);
+    keepMatching(cases, filter);
     if (cases.empty()) fmt::print("\nno case files in {}\n", casesDir);
     else printSummary("Case files in " + casesDir, runIndexingMatrix(engine->second, cases, top), listFailures);
   }
-  if (only != "cases") printSummary("Synthetic matrix", runIndexingMatrix(engine->second, syntheticMatrix(), top), listFailures);
+  if (only != "cases") {
+    auto synthetic = syntheticMatrix(matrix);
+    keepMatching(synthetic, filter);
+    printSummary("Synthetic matrix", runIndexingMatrix(engine->second, synthetic, top), listFailures);
+  }
   return 0;
 }
