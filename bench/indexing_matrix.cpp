@@ -2,10 +2,13 @@
 // and prints, per crystal system, the success rate (the known lattice among the top cells after
 // reduction) and the median and worst time.
 //
-//   indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures] [--cu]
+//   indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures]
+//                   [--filter TEXT] [--seed N] [--cu]
 //
-// --cu keeps the synthetic problems at Cu Kα1 with one impurity and one missing line (all noise
-// and zero levels): 84 of the 1512 problems, for engines that take seconds per problem.
+// --filter keeps the problems whose name contains TEXT (e.g. "mP " or "σ0.01"); --seed draws
+// other cells for the synthetic matrix (one cell per Bravais lattice and seed). --cu keeps the
+// synthetic problems at Cu Kα1 with one impurity and one missing line (all noise and zero
+// levels): 84 of the 1512 problems, for engines that take seconds per problem.
 //
 // Engines register in engineTable() below; "refine-known" is a reference that starts from the
 // known cell and only checks the harness and the shared lattice library.
@@ -17,6 +20,7 @@
 #include <fmt/format.h>
 
 #include "core/index/benchmark/indexing_matrix.h"
+#include "core/index/ito/ito_candidates.h"
 #include "core/index/treor/treor_candidates.h"
 
 namespace {
@@ -33,7 +37,10 @@ std::vector<CandidateCell> indexWithTreorWideLimits(const IndexingCase& problem)
 }
 
 std::map<std::string, IndexingEngine> engineTable() {
-  return {{"refine-known", refineKnownCell}, {"treor90", indexWithTreor}, {"treor90-wide", indexWithTreorWideLimits}};
+  return {{"refine-known", refineKnownCell},
+          {"ito", itoCandidates},
+          {"treor90", indexWithTreor},
+          {"treor90-wide", indexWithTreorWideLimits}};
 }
 
 void printSummary(const std::string& title, const std::vector<CaseResult>& results, bool listFailures) {
@@ -52,19 +59,26 @@ void printSummary(const std::string& title, const std::vector<CaseResult>& resul
       if (!r.found) fmt::print("  not found: {}\n", r.name);
 }
 
+void keepMatching(std::vector<IndexingCase>& cases, const std::string& filter) {
+  if (filter.empty()) return;
+  std::erase_if(cases, [&](const IndexingCase& c) { return c.name.find(filter) == std::string::npos; });
+}
+
 int usage() {
-  std::fprintf(stderr, "usage: indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures] [--cu]\n");
+  std::fprintf(stderr,
+               "usage: indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures] "
+               "[--filter TEXT] [--seed N] [--cu]\n");
   return 2;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::string engineName = "refine-known", only, casesDir = QUARVEL_SHARED_DATA_DEFAULT "/indexing";
+  std::string engineName = "refine-known", only, filter, casesDir = QUARVEL_SHARED_DATA_DEFAULT "/indexing";
   if (const char* env = std::getenv("QUARVEL_SHARED_DATA")) casesDir = std::string(env) + "/indexing";
   int top = 4;
   bool listFailures = false;
-  SyntheticMatrixOptions synthetic;
+  SyntheticMatrixOptions matrix;
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
     auto value = [&]() -> std::string { return i + 1 < argc ? argv[++i] : ""; };
@@ -73,10 +87,12 @@ int main(int argc, char** argv) {
     else if (arg == "--only") only = value();
     else if (arg == "--top") top = std::atoi(value().c_str());
     else if (arg == "--list-failures") listFailures = true;
+    else if (arg == "--filter") filter = value();
+    else if (arg == "--seed") matrix.seed = static_cast<std::uint32_t>(std::atol(value().c_str()));
     else if (arg == "--cu") {
-      synthetic.wavelengths = {1.5406};
-      synthetic.impurities = {1};
-      synthetic.missing = {1};
+      matrix.wavelengths = {1.5406};
+      matrix.impurities = {1};
+      matrix.missing = {1};
     }
     else return usage();
   }
@@ -95,9 +111,14 @@ int main(int argc, char** argv) {
     std::vector<IndexingCase> cases;
     if (std::filesystem::is_directory(casesDir)) cases = readIndexingCases(casesDir, errors);
     for (const auto& e : errors) fmt::print("skipped: {}\n", e);
+    keepMatching(cases, filter);
     if (cases.empty()) fmt::print("\nno case files in {}\n", casesDir);
     else printSummary("Case files in " + casesDir, runIndexingMatrix(engine->second, cases, top), listFailures);
   }
-  if (only != "cases") printSummary("Synthetic matrix", runIndexingMatrix(engine->second, syntheticMatrix(synthetic), top), listFailures);
+  if (only != "cases") {
+    auto synthetic = syntheticMatrix(matrix);
+    keepMatching(synthetic, filter);
+    printSummary("Synthetic matrix", runIndexingMatrix(engine->second, synthetic, top), listFailures);
+  }
   return 0;
 }

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "cli/commands_command.h"
+#include "cli/ito_command.h"
 #include "cli/lines_command.h"
 #include "cli/pattern_commands.h"
 #include "cli/peaks_commands.h"
@@ -19,6 +20,7 @@ int main(int argc, char** argv) {
   quarvel::addPeaksCommands(app, std::cout, std::cerr, exitCode);
   quarvel::addScriptCommand(app, std::cout, std::cerr, exitCode);
   quarvel::addLinesCommand(app, std::cout);
+  quarvel::addItoCommand(app, std::cout, std::cerr, exitCode);
   quarvel::addTreorCommand(app, std::cout, std::cerr, exitCode);
   try {
     app.parse(argc, argv);

@@ -1,6 +1,5 @@
-// An allocator for large, mostly unused buffers of trivial values: memory comes zeroed from
-// calloc, which does not clear memory it takes fresh from the system (so untouched pages are
-// never mapped), and value-initialisation writes nothing.
+// An allocator for large, mostly unused buffers of trivial values: memory comes zeroed from the
+// operating system (untouched pages are never mapped), and value-initialisation writes nothing.
 // The pattern store reserves room for 20000 points in every slot, its undo copy and its axis
 // tables; with this allocator a session only pays for the pages its patterns really use.
 #pragma once

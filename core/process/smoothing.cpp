@@ -2,42 +2,56 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 #include <vector>
 
 namespace quarvel {
 namespace {
 
-// One array of the moving average. `averageEnds` is false for the 2θ array of paired data,
-// whose end points keep their values.
+// One array of the moving average, in place. `averageEnds` is false for the 2θ array of paired
+// data, whose end points keep their values. Every value is the sum of the original values of
+// its window, added in order, without a copy of the whole array.
 void smoothArray(std::span<float> v, int n, bool averageEnds) {
   const int count = static_cast<int>(v.size());
   if (n < 2 || count == 0) return;
   const int h = (n - 1) / 2;
-  std::vector<float> out(v.begin(), v.end());
   auto at = [&](int oneBased) { return v[static_cast<std::size_t>(oneBased - 1)]; };
-  auto put = [&](int oneBased, float value) { out[static_cast<std::size_t>(oneBased - 1)] = value; };
 
+  // The growing end windows, from the originals, written once the interior is done.
+  std::vector<std::pair<int, float>> ends;
   if (averageEnds) {
+    ends.reserve(2 * static_cast<std::size_t>(h));
     for (int k = 1; k <= h; ++k) {
       // Windows are cut at the other end of a pattern shorter than the window.
       const int lastFromStart = std::min(h + k, count);
       float sum = 0.0f;
       for (int j = 1; j <= lastFromStart; ++j) sum += at(j);
-      put(std::min(k, count), sum / static_cast<float>(lastFromStart));
+      ends.emplace_back(std::min(k, count), sum / static_cast<float>(lastFromStart));
 
       const int firstFromEnd = std::max(count + 1 - h - k, 1);
       sum = 0.0f;
       for (int j = count; j >= firstFromEnd; --j) sum += at(j);
-      put(std::max(count + 1 - k, 1), sum / static_cast<float>(count + 1 - firstFromEnd));
+      ends.emplace_back(std::max(count + 1 - k, 1), sum / static_cast<float>(count + 1 - firstFromEnd));
     }
   }
-  const float width = static_cast<float>(n);
-  for (int i = n / 2 + 1; i <= count - h; ++i) {
-    float sum = 0.0f;
-    for (int j = i - h; j <= i + h; ++j) sum += at(j);
-    put(i, sum / width);
+
+  // Interior windows, summed straight from the array: the value of point k is written back only
+  // once no later window reaches k (k < i - h), so every sum still sees the originals.
+  const int first = n / 2 + 1, last = count - h;
+  if (first <= last) {
+    const int lag = h + 1;
+    std::vector<float> pending(static_cast<std::size_t>(lag) + 1);  // results not yet written, by k mod (lag + 1)
+    auto held = [&](int k) -> float& { return pending[static_cast<std::size_t>(k % (lag + 1))]; };
+    const float width = static_cast<float>(n);
+    for (int i = first; i <= last; ++i) {
+      float sum = 0.0f;
+      for (int j = i - h; j <= i + h; ++j) sum += at(j);
+      held(i) = sum / width;
+      if (i - lag >= first) v[static_cast<std::size_t>(i - lag - 1)] = held(i - lag);
+    }
+    for (int k = std::max(first, last - lag + 1); k <= last; ++k) v[static_cast<std::size_t>(k - 1)] = held(k);
   }
-  std::copy(out.begin(), out.end(), v.begin());
+  for (const auto& [oneBased, value] : ends) v[static_cast<std::size_t>(oneBased - 1)] = value;
 }
 
 // Published quadratic/cubic smoothing weights, c(0) .. c(h) of each window (symmetric).

@@ -1,6 +1,7 @@
 // The moving average and the Savitzky-Golay filter against values worked out by hand.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <numeric>
 #include <vector>
 
@@ -13,6 +14,45 @@ std::vector<float> ramp(int n, float (*f)(float)) {
   std::vector<float> y(static_cast<std::size_t>(n));
   for (int i = 0; i < n; ++i) y[static_cast<std::size_t>(i)] = f(static_cast<float>(i));
   return y;
+}
+
+// The moving average written the plain way: every window summed from a copy of the originals.
+std::vector<float> plainMovingAverage(std::vector<float> v, int n, bool averageEnds) {
+  const int count = static_cast<int>(v.size()), h = (n - 1) / 2;
+  std::vector<float> out = v;
+  auto at = [&](int j) { return v[static_cast<std::size_t>(j - 1)]; };
+  auto put = [&](int j, float value) { out[static_cast<std::size_t>(j - 1)] = value; };
+  for (int k = 1; averageEnds && k <= h; ++k) {
+    const int a = std::min(h + k, count), b = std::max(count + 1 - h - k, 1);
+    float sum = 0.0f;
+    for (int j = 1; j <= a; ++j) sum += at(j);
+    put(std::min(k, count), sum / static_cast<float>(a));
+    sum = 0.0f;
+    for (int j = count; j >= b; --j) sum += at(j);
+    put(std::max(count + 1 - k, 1), sum / static_cast<float>(count + 1 - b));
+  }
+  for (int i = n / 2 + 1; i <= count - h; ++i) {
+    float sum = 0.0f;
+    for (int j = i - h; j <= i + h; ++j) sum += at(j);
+    put(i, sum / static_cast<float>(n));
+  }
+  return out;
+}
+
+TEST(MovingAverage, InPlaceWindowsGiveTheSameBitsAsSummingFromACopy) {
+  // Odd and even windows, patterns longer and shorter than the window, 2θ arrays (ends kept).
+  for (int count : {1, 2, 5, 9, 16, 40, 333})
+    for (int n : {2, 3, 4, 7, 10, 15, 31, 201}) {
+      std::vector<float> y(static_cast<std::size_t>(count)), x(y.size());
+      for (int i = 0; i < count; ++i) {
+        y[static_cast<std::size_t>(i)] = static_cast<float>((i * 7919) % 113) * 0.37f + 1000.0f;
+        x[static_cast<std::size_t>(i)] = 5.0f + 0.01f * static_cast<float>(i);
+      }
+      const auto expectedY = plainMovingAverage(y, n, true), expectedX = plainMovingAverage(x, n, false);
+      movingAveragePairs(x, y, n);
+      ASSERT_EQ(y, expectedY) << count << " points, window " << n;
+      ASSERT_EQ(x, expectedX) << count << " points, window " << n;
+    }
 }
 
 TEST(MovingAverage, GrowingEndWindowsAndFullMiddleWindows) {

@@ -8,15 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "core/index/indexing_solution.h"
+
 namespace quarvel {
-
-inline constexpr int kMaxIndexingSolutions = 100;
-
-// One row of the solution table, as single-precision values: a, b, c (Å), α, β, γ (degrees),
-// volume (Å³), figure of merit, NIX.
-struct IndexingSolution {
-  float a = 0, b = 0, c = 0, alpha = 0, beta = 0, gamma = 0, volume = 0, merit = 0, nix = 0;
-};
 
 struct TreorSolutionsRead {
   std::vector<IndexingSolution> solutions;  // at most kMaxIndexingSolutions

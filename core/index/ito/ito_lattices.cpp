@@ -1,0 +1,504 @@
+#include "core/index/ito/ito_lattices.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <set>
+
+#include "core/index/lattice/calculated_lines.h"
+#include "core/index/lattice/figures_of_merit.h"
+#include "core/index/lattice/lattice_relations.h"
+#include "core/index/lattice/lattice_symmetry.h"
+#include "core/index/lattice/metric_refinement.h"
+#include "core/index/lattice/niggli_reduction.h"
+#include "core/index/lattice/units.h"
+
+namespace quarvel {
+namespace {
+
+constexpr int kMaxRowIndex = 2;         // |h|, |k| of the rows tried as the common row
+constexpr int kMaxCrossIndex = 2;       // |i|, |j|, |l| of the triples that fix the cross term
+constexpr int kClustersPerRowPair = 3;  // trial lattices kept per pair of common rows
+// Cross terms of a zone row with a line outside the zone: one or two lines support each, so the
+// true one competes with many chance clusters of the same support.
+constexpr int kClustersPerAxis = 3;
+constexpr int kRefinedLattices = 60;    // the best screened lattices go on to refinement
+constexpr double kMaxVolume = 10000.0;  // Å³
+constexpr int kRefinementCycles = 4;
+
+struct Row {
+  int h, k;
+  double qc;     // q of the row
+  double qu;     // q of the vector u completing the zone basis
+  double p;      // 2 u·c
+};
+
+// The 2D metric of a zone applied to integer vectors.
+double zoneDot(const ItoZone& z, int h1, int k1, int h2, int k2) {
+  return h1 * h2 * z.qa + k1 * k2 * z.qb + 0.5 * (h1 * k2 + k1 * h2) * z.r;
+}
+
+// u = (p, q) with h·q − k·p = 1, so that (row, u) is a primitive basis of the zone.
+std::pair<int, int> completeBasis(int h, int k) {
+  for (int p = -kMaxRowIndex * 2; p <= kMaxRowIndex * 2; ++p)
+    for (int q = -kMaxRowIndex * 2; q <= kMaxRowIndex * 2; ++q)
+      if (h * q - k * p == 1) return {p, q};
+  return {0, 0};
+}
+
+std::vector<Row> zoneRows(const ItoZone& zone, double qLimit) {
+  std::vector<Row> rows;
+  for (int h = 0; h <= kMaxRowIndex; ++h)
+    for (int k = -kMaxRowIndex; k <= kMaxRowIndex; ++k) {
+      if (h == 0 && k <= 0) continue;
+      if (std::gcd(h, k) != 1) continue;
+      const double qc = zoneDot(zone, h, k, h, k);
+      if (qc > qLimit) continue;
+      const auto [up, uq] = completeBasis(h, k);
+      // keep u short: subtract the row as often as it shortens u
+      int ph = up, pk = uq;
+      const double t = std::round(zoneDot(zone, ph, pk, h, k) / qc);
+      ph -= static_cast<int>(t) * h;
+      pk -= static_cast<int>(t) * k;
+      rows.push_back({h, k, qc, zoneDot(zone, ph, pk, ph, pk), 2.0 * zoneDot(zone, ph, pk, h, k)});
+    }
+  return rows;
+}
+
+bool zoneIndexes(const ItoZone& zone, double q, double tol) {
+  const double det = 4.0 * zone.qa * zone.qb - zone.r * zone.r;
+  if (det <= 0.0) return false;
+  const int hMax = static_cast<int>(std::sqrt((q + tol) * 4.0 * zone.qb / det)) + 1;
+  const int kMax = static_cast<int>(std::sqrt((q + tol) * 4.0 * zone.qa / det)) + 1;
+  for (int h = 0; h <= hMax; ++h)
+    for (int k = -kMax; k <= kMax; ++k)
+      if (!(h == 0 && k <= 0) && std::abs(zone.q(h, k) - q) <= tol) return true;
+  return false;
+}
+
+struct CrossValue {
+  double x, tol;
+  int line;
+};
+
+struct Cluster {
+  double x;
+  int support;
+};
+
+// Clusters of the cross term X = 2 u1·u2 from the lines that need all three basis vectors.
+std::vector<Cluster> crossTermClusters(double qu1, double qu2, double qc, double p1, double p2, const ItoLines& lines,
+                                       double tol3) {
+  const int n = lines.indexingCount();
+  const double xMax = 2.0 * std::sqrt(qu1 * qu2);
+  std::vector<CrossValue> values;
+  for (int line = 0; line < n; ++line) {
+    const double q = lines.q[static_cast<std::size_t>(line)];
+    for (int i = 1; i <= kMaxCrossIndex; ++i)
+      for (int j = -kMaxCrossIndex; j <= kMaxCrossIndex; ++j) {
+        if (j == 0) continue;
+        for (int l = -kMaxCrossIndex; l <= kMaxCrossIndex; ++l) {
+          const double ij = i * j;
+          const double x = (q - i * i * qu1 - j * j * qu2 - l * l * qc - i * l * p1 - j * l * p2) / ij;
+          const double tol = tol3 / std::abs(ij);
+          if (std::abs(x) <= xMax) values.push_back({x, tol, line});
+        }
+      }
+  }
+  std::sort(values.begin(), values.end(), [](const CrossValue& a, const CrossValue& b) { return a.x < b.x; });
+  const double widest = tol3;
+  std::vector<Cluster> found;
+  std::vector<bool> taken(values.size(), false);
+  for (int round = 0; round < kClustersPerRowPair; ++round) {
+    int bestSupport = 1;
+    double bestX = 0.0;
+    std::size_t lo = 0;
+    for (std::size_t a = 0; a < values.size(); ++a) {
+      if (taken[a]) continue;
+      while (values[lo].x < values[a].x - values[a].tol - widest) ++lo;
+      std::set<int> support;
+      double sw = 0.0, swx = 0.0;
+      for (std::size_t b = lo; b < values.size() && values[b].x <= values[a].x + values[a].tol + widest; ++b) {
+        if (taken[b] || std::abs(values[b].x - values[a].x) > values[a].tol + values[b].tol) continue;
+        support.insert(values[b].line);
+        const double w = 1.0 / (values[b].tol * values[b].tol);
+        sw += w;
+        swx += w * values[b].x;
+      }
+      if (static_cast<int>(support.size()) > bestSupport) {
+        bestSupport = static_cast<int>(support.size());
+        bestX = swx / sw;
+      }
+    }
+    if (bestSupport < 2) break;
+    found.push_back({bestX, bestSupport});
+    for (std::size_t b = 0; b < values.size(); ++b)
+      if (std::abs(values[b].x - bestX) <= 2.0 * values[b].tol) taken[b] = true;
+  }
+  return found;
+}
+
+// Clusters of a cross term P = 2 a·c of one zone vector a (q = qa) with the new vector c (q = qc)
+// from lines indexed as i·a + l·c: P = (q − i²qa − l²qc)/(il). One supporting line is enough
+// here: the second cross term and the screening that follows check the trial anyway.
+std::vector<Cluster> axisCrossTerms(double qa, double qc, const ItoLines& lines, double tol3, bool shortest) {
+  // every line: with a dominant zone the lines that fix the third axis may all lie beyond the 20th
+  const int n = lines.count();
+  // When c is the shortest vector outside the zone, c ± a is no shorter: |P| ≤ q(a). Without this
+  // bound the flat, near-degenerate values win on support.
+  const double pMax = shortest ? std::min(2.0 * std::sqrt(qa * qc), qa + tol3) : 2.0 * std::sqrt(qa * qc);
+  std::vector<CrossValue> values;
+  for (int line = 0; line < n; ++line)
+    for (int i = 1; i <= kMaxCrossIndex; ++i)
+      for (int l = -kMaxCrossIndex; l <= kMaxCrossIndex; ++l) {
+        if (l == 0) continue;
+        const double il = i * l;
+        const double p = (lines.q[static_cast<std::size_t>(line)] - i * i * qa - l * l * qc) / il;
+        if (std::abs(p) <= pMax) values.push_back({p, tol3 / std::abs(il), line});
+      }
+  std::vector<Cluster> found;
+  std::vector<bool> taken(values.size(), false);
+  for (int round = 0; round < kClustersPerAxis; ++round) {
+    int bestSupport = 0;
+    double bestX = 0.0;
+    for (std::size_t a = 0; a < values.size(); ++a) {
+      if (taken[a]) continue;
+      std::set<int> support;
+      for (std::size_t b = 0; b < values.size(); ++b)
+        if (!taken[b] && std::abs(values[b].x - values[a].x) <= values[a].tol + values[b].tol) support.insert(values[b].line);
+      if (static_cast<int>(support.size()) > bestSupport) {
+        bestSupport = static_cast<int>(support.size());
+        bestX = values[a].x;
+      }
+    }
+    if (bestSupport < 1) break;
+    found.push_back({bestX, bestSupport});
+    for (std::size_t b = 0; b < values.size(); ++b)
+      if (std::abs(values[b].x - bestX) <= 2.0 * values[b].tol) taken[b] = true;
+  }
+  return found;
+}
+
+struct Screened {
+  ItoLattice lattice;
+  int quickIndexed = 0;
+};
+
+int quickIndexedCount(const ReciprocalMetric& metricAngstrom, const ItoLines& lines) {
+  int count = 0;
+  for (int i = 0; i < lines.indexingCount(); ++i)
+    if (hasLineWithin(metricAngstrom, Centring::P, qFromQUnits(lines.q[static_cast<std::size_t>(i)]),
+                      qFromQUnits(lines.tolerance[static_cast<std::size_t>(i)])))
+      ++count;
+  return count;
+}
+
+// norm3: the Niggli-reduced cell of a trial metric (q-units), or nothing for an impossible one.
+std::optional<ItoLattice> normalise(const ReciprocalMetric& qUnits, const ItoLines& lines) {
+  const ReciprocalMetric metric = toAngstrom(qUnits);
+  if (!isPositiveDefinite(metric)) return std::nullopt;
+  const auto cell = cellFromMetric(metric);
+  if (!cell) return std::nullopt;
+  const double volume = cellVolume(*cell);
+  if (!(volume > 0.0) || volume > kMaxVolume) return std::nullopt;
+  const NiggliReduction reduced = niggliReduce(*cell, Centring::P, kClassificationTolerance);
+  if (!reduced.reduced) return std::nullopt;
+  ItoLattice lattice;
+  lattice.cell = reduced.cell;
+  lattice.volume = cellVolume(reduced.cell);
+  lattice.metric = toQUnits(metricFromCell(reduced.cell));
+  // a reciprocal edge far below the first line: a long axis none of whose orders is seen
+  const double shortest = std::min({lattice.metric.A, lattice.metric.B, lattice.metric.C});
+  if (shortest < lines.q.front() / 16.0) return std::nullopt;
+  return lattice;
+}
+
+bool nearlySameCell(const CellParameters& a, const CellParameters& b) {
+  const double rel = 2e-3;
+  auto close = [rel](double x, double y) { return std::abs(x - y) <= rel * std::max(std::abs(x), std::abs(y)); };
+  return close(a.a, b.a) && close(a.b, b.b) && close(a.c, b.c) && std::abs(a.alpha - b.alpha) < 0.2 &&
+         std::abs(a.beta - b.beta) < 0.2 && std::abs(a.gamma - b.gamma) < 0.2;
+}
+
+std::vector<double> indexingTwoTheta(const ItoLines& lines) {
+  return {lines.twoTheta.begin(), lines.twoTheta.begin() + lines.indexingCount()};
+}
+
+// Ranking: the figure of merit weighted by the fourth power of the share of lines indexed. On
+// lines indexed first, a large cell that indexes everything with a poor figure would beat the true
+// cell leaving one impurity line out; on the figure alone a sub-cell indexing three quarters of
+// the lines would win.
+double rankingFigure(const ItoLattice& lattice) {
+  const double share = static_cast<double>(lattice.indexed) / kItoIndexingLines;
+  return lattice.merit * share * share * share * share;
+}
+
+bool better(const ItoLattice& a, const ItoLattice& b) {
+  const double ra = rankingFigure(a), rb = rankingFigure(b);
+  if (ra != rb) return ra > rb;
+  return a.indexed > b.indexed;
+}
+
+// One refinement in a given system and centring; the metric in Å⁻².
+MetricRefinement refineIn(CrystalSystem system, Centring centring, const ReciprocalMetric& start, const ItoLines& lines,
+                          const ItoParameters& parameters, double toleranceFactor) {
+  MetricRefinementOptions options;
+  options.system = system;
+  options.centring = centring;
+  options.wavelength = parameters.wavel;
+  options.toleranceTwoTheta = toleranceFactor * parameters.tolg / 100.0;
+  options.sigmaTwoTheta = parameters.tolg / 300.0;
+  options.maxCycles = kRefinementCycles;
+  return refineMetric(indexingTwoTheta(lines), start, options);
+}
+
+bool systemWanted(CrystalSystem system, const ItoParameters& parameters) {
+  auto flag = [&](CrystalSystem s) -> int {
+    switch (s) {
+      case CrystalSystem::Orthorhombic: return parameters.nsyst[0];
+      case CrystalSystem::Monoclinic:
+      case CrystalSystem::MonoclinicA:
+      case CrystalSystem::MonoclinicC: return parameters.nsyst[1];
+      case CrystalSystem::Triclinic: return parameters.nsyst[2];
+      default: return 0;
+    }
+  };
+  return flag(system) >= 0;
+}
+
+int preferenceOf(CrystalSystem system, const ItoParameters& parameters) {
+  switch (system) {
+    case CrystalSystem::Orthorhombic: return parameters.nsyst[0];
+    case CrystalSystem::Monoclinic: return parameters.nsyst[1];
+    case CrystalSystem::Triclinic: return parameters.nsyst[2];
+    default: return 0;
+  }
+}
+
+// Refines a reduced lattice, recognises its metric symmetry and refines again in that system.
+ItoLattice refineOne(const ItoLattice& start, const ItoLines& lines, const ItoParameters& parameters,
+                     double toleranceFactor, double axisDeviation) {
+  ItoLattice result = start;
+  const MetricRefinement free =
+      refineIn(CrystalSystem::Triclinic, Centring::P, toAngstrom(start.metric), lines, parameters, toleranceFactor);
+  if (free.singular) result.singular = true;
+  ReciprocalMetric metric = free.solved ? free.metric : toAngstrom(start.metric);
+  auto cell = cellFromMetric(metric);
+  if (!cell) return result;
+  const NiggliReduction reduced = niggliReduce(*cell, Centring::P, kClassificationTolerance);
+  result.cell = reduced.cell;
+  result.metric = toQUnits(metricFromCell(reduced.cell));
+  result.system = CrystalSystem::Triclinic;
+  result.centring = Centring::P;
+  result.bravais = "aP";
+
+  const LatticeSymmetry symmetry = latticeSymmetry(reduced.cell, Centring::P, axisDeviation);
+  if (symmetry.system != CrystalSystem::Triclinic) {
+    const MetricRefinement constrained = refineIn(symmetry.system, symmetry.centring, metricFromCell(symmetry.conventional),
+                                                  lines, parameters, toleranceFactor);
+    if (constrained.solved) {
+      ItoLattice candidate = result;
+      candidate.metric = toQUnits(constrained.metric);
+      candidate.cell = constrained.cell;
+      candidate.system = symmetry.system;
+      candidate.centring = symmetry.centring;
+      candidate.bravais = symmetry.bravaisSymbol();
+      scoreLattice(candidate, lines);
+      scoreLattice(result, lines);
+      if (candidate.indexed >= result.indexed) result = candidate;
+    }
+  }
+  result.volume = cellVolume(result.cell);
+  scoreLattice(result, lines);
+  // a refinement that lets an axis run away (no line fixes it) has not found a lattice
+  if (!(result.volume > 0.0) || result.volume > kMaxVolume) result.indexed = 0;
+  return result;
+}
+
+}  // namespace
+
+ReciprocalMetric toAngstrom(const ReciprocalMetric& m) {
+  return {qFromQUnits(m.A), qFromQUnits(m.B), qFromQUnits(m.C), qFromQUnits(m.D), qFromQUnits(m.E), qFromQUnits(m.F)};
+}
+ReciprocalMetric toQUnits(const ReciprocalMetric& m) {
+  return {qUnitsFromQ(m.A), qUnitsFromQ(m.B), qUnitsFromQ(m.C), qUnitsFromQ(m.D), qUnitsFromQ(m.E), qUnitsFromQ(m.F)};
+}
+
+void scoreLattice(ItoLattice& lattice, const ItoLines& lines) {
+  const int n = lines.indexingCount();
+  std::vector<double> q(static_cast<std::size_t>(n)), tol(static_cast<std::size_t>(n));
+  for (int i = 0; i < n; ++i) {
+    q[static_cast<std::size_t>(i)] = qFromQUnits(lines.q[static_cast<std::size_t>(i)]);
+    tol[static_cast<std::size_t>(i)] = qFromQUnits(lines.tolerance[static_cast<std::size_t>(i)]);
+  }
+  FigureOfMeritOptions options;
+  options.lines = kItoIndexingLines;
+  options.countLimitFactor = 1.003;
+  const DeWolffFigure figure = deWolffFigure(q, tol, toAngstrom(lattice.metric), lattice.centring, options);
+  lattice.indexed = figure.lines - figure.unindexed;
+  lattice.merit = figure.m;
+  lattice.meanDelta = qUnitsFromQ(figure.meanDiscrepancy);
+  lattice.calculated = figure.calculated;
+}
+
+LatticeSearch combineZones(const std::vector<ItoZone>& zones, const ItoLines& lines, const ItoParameters& parameters,
+                           const std::function<bool()>& interrupted) {
+  LatticeSearch search;
+  const int nz = static_cast<int>(zones.size());
+  const double qLimit = lines.q[static_cast<std::size_t>(lines.indexingCount() - 1)];
+  std::vector<Screened> screened;
+
+  auto addLattice = [&](const ReciprocalMetric& trial, int support, const std::string& pedigree) {
+    auto lattice = normalise(trial, lines);
+    if (!lattice) return;
+    lattice->support = support;
+    lattice->pedigree = pedigree;
+    const int quick = quickIndexedCount(toAngstrom(lattice->metric), lines);
+    auto same = std::find_if(screened.begin(), screened.end(),
+                             [&](const Screened& s) { return nearlySameCell(s.lattice.cell, lattice->cell); });
+    if (same == screened.end()) {
+      screened.push_back({*lattice, quick});
+    } else if (quick > same->quickIndexed) {
+      *same = {*lattice, quick};
+    }
+  };
+  auto addTrial = [&](double qu1, double qu2, double qc, double p1, double p2, const std::string& pedigree) {
+    for (const Cluster& cluster : crossTermClusters(qu1, qu2, qc, p1, p2, lines, parameters.tol3)) {
+      // basis (u1, u2, c): A = u1², B = u2², C = c², D = 2u2·c, E = 2u1·c, F = 2u1·u2
+      addLattice(ReciprocalMetric{qu1, qu2, qc, p2, p1, cluster.x}, cluster.support, pedigree);
+    }
+  };
+
+  for (int z1 = 0; z1 < std::min(parameters.nz1, nz); ++z1) {
+    if (interrupted && interrupted()) break;
+    for (int z2 = z1; z2 < std::min(parameters.nz2, nz); ++z2) {
+      const auto rows1 = zoneRows(zones[static_cast<std::size_t>(z1)], qLimit);
+      const auto rows2 = zoneRows(zones[static_cast<std::size_t>(z2)], qLimit);
+      const std::string pedigree = std::to_string(z1 + 1) + "x" + std::to_string(z2 + 1);
+      for (const Row& r1 : rows1) {
+        if (z1 == z2) {
+          // the zone and its image by a mirror (same sign) or a twofold axis (opposite sign)
+          const std::string p = pedigree + "/" + std::to_string(r1.h) + std::to_string(r1.k);
+          addTrial(r1.qu, r1.qu, r1.qc, r1.p, r1.p, p);
+          addTrial(r1.qu, r1.qu, r1.qc, r1.p, -r1.p, p);
+          continue;
+        }
+        for (const Row& r2 : rows2) {
+          if (std::abs(r1.qc - r2.qc) > parameters.tol3) continue;
+          const double qc = 0.5 * (r1.qc + r2.qc);
+          const std::string p = pedigree + "/" + std::to_string(r1.h) + std::to_string(r1.k);
+          addTrial(r1.qu, r2.qu, qc, r1.p, r2.p, p);
+          addTrial(r1.qu, r2.qu, qc, r1.p, -r2.p, p);
+        }
+      }
+    }
+  }
+
+  // A zone and a line outside it: when the first lines fill only one or two zones (a dominant
+  // zone), no second zone with a common row exists; the third axis is then taken from a line the
+  // zone does not index (or its second order), and its two cross terms from the lines that need it.
+  for (int z = 0; z < std::min(parameters.nz1, nz); ++z) {
+    if (interrupted && interrupted()) break;
+    const ItoZone& zone = zones[static_cast<std::size_t>(z)];
+    int outside = 0;
+    for (int k = 0; k < lines.count(); ++k) {
+      // beyond the 20th line only while no line outside the zone has been seen (a dominant zone)
+      if (k >= lines.indexingCount() && outside >= 2) break;
+      const double qk = lines.q[static_cast<std::size_t>(k)];
+      if (zoneIndexes(zone, qk, lines.tolerance[static_cast<std::size_t>(k)])) continue;
+      // the first lines outside the zone are the likely shortest vectors out of its plane
+      const bool shortest = ++outside <= 2;
+      for (double qc : {qk, qk / 4.0}) {
+        if (qc < lines.q.front() / 4.0) continue;
+        const auto p1 = axisCrossTerms(zone.qa, qc, lines, parameters.tol3, shortest);
+        const auto p2 = axisCrossTerms(zone.qb, qc, lines, parameters.tol3, shortest);
+        const std::string pedigree = std::to_string(z + 1) + "+" + std::to_string(k + 1);
+        for (const Cluster& c1 : p1)
+          for (const Cluster& c2 : p2)
+            for (double sign : {1.0, -1.0}) {
+              // basis (a, b, c) with a, b the zone basis: D = 2b·c, E = 2a·c, F = 2a·b
+              const ReciprocalMetric trial{zone.qa, zone.qb, qc, sign * c2.x, c1.x, zone.r};
+              addLattice(trial, c1.support + c2.support, pedigree);
+            }
+      }
+    }
+  }
+
+  std::stable_sort(screened.begin(), screened.end(), [](const Screened& a, const Screened& b) {
+    if (a.quickIndexed != b.quickIndexed) return a.quickIndexed > b.quickIndexed;
+    if (a.lattice.volume != b.lattice.volume) return a.lattice.volume < b.lattice.volume;
+    return a.lattice.support > b.lattice.support;
+  });
+  for (const Screened& s : screened) {
+    if (static_cast<int>(search.lattices.size()) >= kRefinedLattices) break;
+    search.lattices.push_back(s.lattice);
+  }
+  return search;
+}
+
+std::optional<ItoLattice> latticeFromCard(const std::array<double, 6>& v) {
+  ItoLattice lattice;
+  lattice.pedigree = "given";
+  const bool direct = v[3] >= 30.0 && v[3] <= 150.0 && v[4] >= 30.0 && v[4] <= 150.0 && v[5] >= 30.0 && v[5] <= 150.0;
+  ReciprocalMetric metric;
+  if (direct) {
+    metric = metricFromCell(CellParameters{v[0], v[1], v[2], v[3], v[4], v[5]});
+  } else {
+    metric = toAngstrom(ReciprocalMetric{v[0], v[1], v[2], v[3], v[4], v[5]});
+  }
+  if (!isPositiveDefinite(metric)) return std::nullopt;
+  const auto cell = cellFromMetric(metric);
+  if (!cell) return std::nullopt;
+  const NiggliReduction reduced = niggliReduce(*cell, Centring::P, kClassificationTolerance);
+  lattice.cell = reduced.cell;
+  lattice.metric = toQUnits(metricFromCell(reduced.cell));
+  lattice.volume = cellVolume(reduced.cell);
+  return lattice;
+}
+
+std::vector<ItoLattice> refineLattices(const std::vector<ItoLattice>& lattices, const ItoLines& lines,
+                                       const ItoParameters& parameters, std::vector<std::string>& notes) {
+  std::vector<ItoLattice> kept;
+  for (std::size_t n = 0; n < lattices.size(); ++n) {
+    ItoLattice refined = refineOne(lattices[n], lines, parameters, 1.0, kDefaultAxisDeviation);
+    const std::string name = " lattice " + std::to_string(n + 1) + ": ";
+    if (refined.singular) notes.push_back(name + "matrix is singular");
+    // refpar2: a system marked +1 gets a second chance with twice the tolerance
+    if (preferenceOf(refined.system, parameters) <= 0) {
+      for (CrystalSystem preferred : {CrystalSystem::Orthorhombic, CrystalSystem::Monoclinic, CrystalSystem::Triclinic}) {
+        if (preferenceOf(preferred, parameters) <= 0) continue;
+        ItoLattice second = refineOne(lattices[n], lines, parameters, 2.0, 3.0);
+        if (second.system == preferred) {
+          second.preferred = true;
+          if (second.indexed >= parameters.prntln && second.merit >= parameters.prntmr) kept.push_back(second);
+        }
+      }
+    }
+    if (refined.indexed < parameters.prntln) {
+      notes.push_back(name + "not enough lines indexed");
+      continue;
+    }
+    if (refined.merit < parameters.prntmr) {
+      notes.push_back(name + "figure of merit is too low.");
+      continue;
+    }
+    if (!systemWanted(refined.system, parameters)) continue;
+    kept.push_back(refined);
+  }
+  std::stable_sort(kept.begin(), kept.end(), better);
+  std::vector<ItoLattice> distinct;
+  for (const auto& lattice : kept) {
+    bool duplicate = false;
+    for (std::size_t k = 0; k < distinct.size(); ++k) {
+      if (sameLattice(lattice.cell, lattice.centring, distinct[k].cell, distinct[k].centring, 5e-3)) {
+        notes.push_back(" lattice " + lattice.pedigree + " is the same as lattice " + std::to_string(k + 1));
+        duplicate = true;
+        break;
+      }
+    }
+    if (!duplicate) distinct.push_back(lattice);
+  }
+  return distinct;
+}
+
+}  // namespace quarvel

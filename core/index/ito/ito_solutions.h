@@ -1,0 +1,22 @@
+// Reading the zone-indexing report back into the solution table: lines indexed and figure of
+// merit from the most-probable-solutions table (the line holding "q(a)" heads it), the cell and
+// volume from the direct-constants table (headed by "a        b"), row for row.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "core/index/indexing_solution.h"
+
+namespace quarvel {
+
+enum class SolutionReadStatus { Ok, NoSolutions, ReadError };
+
+struct SolutionRead {
+  SolutionReadStatus status = SolutionReadStatus::NoSolutions;
+  std::vector<IndexingSolution> solutions;
+};
+
+SolutionRead readItoSolutions(const std::vector<std::string>& reportLines);
+
+}  // namespace quarvel
