@@ -1,6 +1,7 @@
 #include "cli/console_shell.h"
 
 #include <ostream>
+#include <string>
 
 namespace quarvel {
 
@@ -22,8 +23,14 @@ void ConsoleShell::appendNotes(std::string_view line) {
   if (!quiet_) out_ << line << '\n';
 }
 
+// One progress line, rewritten in place: padded so a shorter text covers a longer one, and
+// ended with a newline when the work is complete so later output starts on its own line.
 void ConsoleShell::progress(double fraction, std::string_view text) {
-  if (!quiet_) err_ << '\r' << text << ' ' << static_cast<int>(fraction * 100.0 + 0.5) << "%" << std::flush;
+  if (quiet_) return;
+  std::string line(text);
+  line += ' ' + std::to_string(static_cast<int>(fraction * 100.0 + 0.5)) + '%';
+  if (line.size() < 40) line.resize(40, ' ');
+  err_ << '\r' << line << (fraction >= 1.0 ? "\n" : "") << std::flush;
 }
 
 }  // namespace quarvel

@@ -46,8 +46,12 @@ std::optional<long> parseInteger(std::string_view text) {
   return value;
 }
 
-std::vector<double> readFreeNumbers(std::string_view line) {
-  std::vector<double> values;
+namespace {
+
+// Hands each number of a blank- or comma-separated line to `take` until a token does not read
+// as a number or `take` returns false.
+template <class Take>
+void scanNumbers(std::string_view line, Take take) {
   std::size_t i = 0;
   while (i < line.size()) {
     while (i < line.size() && (isBlank(line[i]) || line[i] == ',')) ++i;
@@ -55,25 +59,29 @@ std::vector<double> readFreeNumbers(std::string_view line) {
     while (j < line.size() && !isBlank(line[j]) && line[j] != ',') ++j;
     if (j == i) break;
     auto value = parseNumber(line.substr(i, j - i));
-    if (!value) break;
-    values.push_back(*value);
+    if (!value || !take(*value)) break;
     i = j;
   }
+}
+
+}  // namespace
+
+std::vector<double> readFreeNumbers(std::string_view line) {
+  std::vector<double> values;
+  scanNumbers(line, [&values](double v) {
+    values.push_back(v);
+    return true;
+  });
   return values;
 }
 
 std::size_t readLeadingNumbers(std::string_view line, std::span<double> out) {
-  std::size_t count = 0, i = 0;
-  while (count < out.size() && i < line.size()) {
-    while (i < line.size() && (isBlank(line[i]) || line[i] == ',')) ++i;
-    std::size_t j = i;
-    while (j < line.size() && !isBlank(line[j]) && line[j] != ',') ++j;
-    if (j == i) break;
-    auto value = parseNumber(line.substr(i, j - i));
-    if (!value) break;
-    out[count++] = *value;
-    i = j;
-  }
+  std::size_t count = 0;
+  if (out.empty()) return 0;
+  scanNumbers(line, [&](double v) {
+    out[count++] = v;
+    return count < out.size();
+  });
   return count;
 }
 
