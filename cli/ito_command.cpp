@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "cli/console_shell.h"
+#include "core/index/peak_positions.h"
 #include "core/common/text_file.h"
 #include "core/index/ito/ito_engine.h"
 #include "core/index/ito/ito_input_file.h"
@@ -32,7 +33,7 @@ int runRequest(const ItoRequest& r, std::ostream& out, std::ostream& err) {
     job.peakFile = r.peaks;
     if (input.empty()) input = "ito.inp";
     std::string deck;
-    for (const auto& card : itoInputCards(job, readPeakValues(*records))) deck += card + "\n";
+    for (const auto& card : itoInputCards(job, readPeakPositions(*records))) deck += card + "\n";
     if (!writeFileAtomically(input, deck)) {
       shell.showMessage("File Error", "Error opening ito input file");
       return 1;

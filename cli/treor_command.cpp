@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "cli/console_shell.h"
+#include "core/index/peak_positions.h"
 #include "core/common/text_file.h"
 #include "core/index/treor/treor_engine.h"
 #include "core/index/treor/treor_job_file.h"
@@ -32,7 +33,7 @@ int runRequest(const TreorRequest& r, std::ostream& out, std::ostream& err) {
     job.peakFile = r.peaks;
     if (input.empty()) input = "treor90.tre";
     std::string text;
-    for (const std::string& line : treorJobLines(job, readTreorPeakValues(*records))) text += line + "\n";
+    for (const std::string& line : treorJobLines(job, readPeakPositions(*records))) text += line + "\n";
     if (!writeFileAtomically(input, text)) {
       shell.showMessage("File Error", "Error opening TREOR input file");
       return 1;

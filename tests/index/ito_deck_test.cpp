@@ -165,7 +165,6 @@ TEST(ItoInputFile, CardsAsTheJobWritesThem) {
   EXPECT_EQ(cards[3], "    5.0000");
   EXPECT_EQ(cards[33], "");
   EXPECT_EQ(cards[34], "end ");
-  EXPECT_EQ(readPeakValues({"        12.5000    100.0", "  13.75", "abc", "14.0"}), (std::vector<double>{12.5, 13.75}));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "core/index/peak_positions.h"
 #include "core/index/treor/treor_input.h"
 #include "core/index/treor/treor_job_file.h"
 #include "core/index/treor/treor_run.h"
@@ -83,10 +84,10 @@ TEST(TreorJobFile, TheEngineReadsWhatTheJobWrites) {
   EXPECT_DOUBLE_EQ(parsed.input->keywords.merit, 20);
 }
 
-TEST(TreorJobFile, PeakValuesStopAtABadRecordOrAThousand) {
-  EXPECT_EQ(readTreorPeakValues({"          20.5   999", "31.25", "peak", "40.0"}), (std::vector<double>{20.5, 31.25}));
+TEST(IndexingPeakFile, PositionsStopAtABadRecordOrAThousand) {
+  EXPECT_EQ(readPeakPositions({"          20.5   999", "31.25", "peak", "40.0"}), (std::vector<double>{20.5, 31.25}));
   const std::vector<std::string> many(1200, "       12.5");
-  EXPECT_EQ(readTreorPeakValues(many).size(), 1000u);
+  EXPECT_EQ(readPeakPositions(many).size(), 1000u);
 }
 
 }  // namespace

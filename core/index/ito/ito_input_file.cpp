@@ -6,9 +6,6 @@
 
 namespace quarvel {
 
-namespace {
-constexpr std::size_t kMaxPeakValues = 1000;
-}
 
 std::vector<std::string> itoInputCards(const ItoJob& job, const std::vector<double>& peaks) {
   std::vector<std::string> cards;
@@ -21,17 +18,6 @@ std::vector<std::string> itoInputCards(const ItoJob& job, const std::vector<doub
   cards.push_back("");
   cards.push_back("end ");
   return cards;
-}
-
-std::vector<double> readPeakValues(const std::vector<std::string>& records) {
-  std::vector<double> values;
-  for (const auto& record : records) {
-    if (values.size() >= kMaxPeakValues) break;
-    const auto value = readField(record, 1, 15);
-    if (!value) break;
-    values.push_back(*value);
-  }
-  return values;
 }
 
 }  // namespace quarvel

@@ -22,7 +22,4 @@ struct ItoJob {
 // The cards of the deck (each without a line end).
 std::vector<std::string> itoInputCards(const ItoJob& job, const std::vector<double>& peaks);
 
-// Peak positions from the first 15 columns of each record, until one does not read or 1000.
-std::vector<double> readPeakValues(const std::vector<std::string>& records);
-
 }  // namespace quarvel

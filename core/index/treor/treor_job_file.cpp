@@ -33,15 +33,4 @@ std::vector<std::string> treorJobLines(const TreorJob& job, const std::vector<do
   return lines;
 }
 
-std::vector<double> readTreorPeakValues(const std::vector<std::string>& records) {
-  std::vector<double> values;
-  for (const std::string& record : records) {
-    if (static_cast<int>(values.size()) >= kMaxTreorPeakValues) break;
-    const auto value = readField(record, 1, 15);
-    if (!value) break;
-    values.push_back(*value);
-  }
-  return values;
-}
-
 }  // namespace quarvel

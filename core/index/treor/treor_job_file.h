@@ -8,8 +8,6 @@
 
 namespace quarvel {
 
-inline constexpr int kMaxTreorPeakValues = 1000;
-
 struct TreorJob {
   std::string peakFile;
   int choice = 3;           // input form: 0 sin²θ, 1 1/d², 2 θ, 3 2θ, 4 d
@@ -27,8 +25,5 @@ TreorJob withJobDefaults(TreorJob job);
 
 // The lines of the file, without line ends.
 std::vector<std::string> treorJobLines(const TreorJob& job, const std::vector<double>& values);
-
-// Peak positions from the first 15 columns of each record, until one does not read or 1000.
-std::vector<double> readTreorPeakValues(const std::vector<std::string>& records);
 
 }  // namespace quarvel
