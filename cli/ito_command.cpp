@@ -5,8 +5,7 @@
 #include <ostream>
 
 #include "cli/console_shell.h"
-#include "core/index/peak_positions.h"
-#include "core/common/text_file.h"
+#include "cli/indexing_job.h"
 #include "core/index/ito/ito_engine.h"
 #include "core/index/ito/ito_input_file.h"
 
@@ -21,31 +20,14 @@ struct ItoRequest {
 };
 
 int runRequest(const ItoRequest& r, std::ostream& out, std::ostream& err) {
-  ConsoleShell shell(out, err);
-  std::string input = r.input;
-  if (!r.peaks.empty()) {
-    const auto records = readLines(r.peaks);
-    if (!records) {
-      shell.showMessage("File Error", "Error opening peak file");
-      return 1;
-    }
-    ItoJob job = r.job;
-    job.peakFile = r.peaks;
-    if (input.empty()) input = "ito.inp";
-    std::string deck;
-    for (const auto& card : itoInputCards(job, readPeakPositions(*records))) deck += card + "\n";
-    if (!writeFileAtomically(input, deck)) {
-      shell.showMessage("File Error", "Error opening ito input file");
-      return 1;
-    }
-  }
-  if (input.empty()) {
-    err << "ito: an input deck or --peaks is needed\n";
-    return 1;
-  }
-  if (!runIto(input, r.output, shell)) return 1;
-  out << "report written to " << r.output << '\n';
-  return 0;
+  ItoJob job = r.job;
+  job.peakFile = r.peaks;
+  return runIndexingJob({"ito", r.input, "ito.inp", r.output, r.peaks, "Error opening ito input file"},
+                        [&job](const std::vector<double>& peaks) { return itoInputCards(job, peaks); },
+                        [](ConsoleShell& shell, const std::string& input, const std::string& output) {
+                          return runIto(input, output, shell);
+                        },
+                        out, err);
 }
 
 }  // namespace

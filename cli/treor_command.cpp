@@ -5,8 +5,7 @@
 #include <ostream>
 
 #include "cli/console_shell.h"
-#include "core/index/peak_positions.h"
-#include "core/common/text_file.h"
+#include "cli/indexing_job.h"
 #include "core/index/treor/treor_engine.h"
 #include "core/index/treor/treor_job_file.h"
 
@@ -21,31 +20,14 @@ struct TreorRequest {
 };
 
 int runRequest(const TreorRequest& r, std::ostream& out, std::ostream& err) {
-  ConsoleShell shell(out, err);
-  std::string input = r.input;
-  if (!r.peaks.empty()) {
-    const auto records = readLines(r.peaks);
-    if (!records) {
-      shell.showMessage("File Error", "Error opening peak file");
-      return 1;
-    }
-    TreorJob job = withJobDefaults(r.job);
-    job.peakFile = r.peaks;
-    if (input.empty()) input = "treor90.tre";
-    std::string text;
-    for (const std::string& line : treorJobLines(job, readPeakPositions(*records))) text += line + "\n";
-    if (!writeFileAtomically(input, text)) {
-      shell.showMessage("File Error", "Error opening TREOR input file");
-      return 1;
-    }
-  }
-  if (input.empty()) {
-    err << "treor90: an input file or --peaks is needed\n";
-    return 1;
-  }
-  if (!runTreor90(shell, input, r.output)) return 1;
-  out << "report written to " << r.output << '\n';
-  return 0;
+  TreorJob job = withJobDefaults(r.job);
+  job.peakFile = r.peaks;
+  return runIndexingJob({"treor90", r.input, "treor90.tre", r.output, r.peaks, "Error opening TREOR input file"},
+                        [&job](const std::vector<double>& peaks) { return treorJobLines(job, peaks); },
+                        [](ConsoleShell& shell, const std::string& input, const std::string& output) {
+                          return runTreor90(shell, input, output);
+                        },
+                        out, err);
 }
 
 }  // namespace
