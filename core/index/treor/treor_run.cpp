@@ -417,28 +417,26 @@ class TreorRunner {
 
   void twoParameter(CrystalSystem system, const std::string& family) {
     const auto labels = labelTable(system, 5, 8);
-    const BaseSets sets{{1, 2}, {1, 3}, {2, 3}};
+    searchBaseSets(system, labels, {{1, 2}, {1, 3}, {2, 3}}, family, "XY=");
+  }
+
+  // Each base-line set in turn (progress and interruption between sets), echoed and searched.
+  template <class Labels>
+  void searchBaseSets(CrystalSystem system, const Labels& labels, const BaseSets& sets, const std::string& family,
+                      const char* key) {
     for (std::size_t i = 0; i < sets.size(); ++i) {
       if (!nextSet(i, sets.size())) break;
-      const auto& set = sets[i];
-      const auto lines = baseLines(set);
+      const auto lines = baseLines(sets[i]);
       if (lines.empty()) continue;
       out(" BASE LINES:" + setText(lines));
-      search_->searchBaseSet(system, lines, labels, sinkFor(family, "XY="));
+      search_->searchBaseSet(system, lines, labels, sinkFor(family, key));
     }
   }
 
   void orthorhombic() {
     const auto labels = labelTable(CrystalSystem::Orthorhombic, 3, 5);
-    const BaseSets sets{{1, 2, 3}, {1, 2, 4}, {1, 2, 5}, {1, 3, 4}, {2, 3, 4}, {1, 2, 6}};
-    for (std::size_t i = 0; i < sets.size(); ++i) {
-      if (!nextSet(i, sets.size())) break;
-      const auto& set = sets[i];
-      const auto lines = baseLines(set);
-      if (lines.empty()) continue;
-      out(" BASE LINES:" + setText(lines));
-      search_->searchBaseSet(CrystalSystem::Orthorhombic, lines, labels, sinkFor("ORTHORHOMBIC", "XYZ="));
-    }
+    searchBaseSets(CrystalSystem::Orthorhombic, labels,
+                   {{1, 2, 3}, {1, 2, 4}, {1, 2, 5}, {1, 3, 4}, {2, 3, 4}, {1, 2, 6}}, "ORTHORHOMBIC", "XYZ=");
     out(" ");
     out(" ORTHOROMBIC DOMINANT ZONE TEST");
     orthorhombicDominantZone();
