@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "core/index/indexing_input.h"
+
 namespace quarvel {
 
 class ConsoleShell;
@@ -23,7 +25,7 @@ struct IndexingJobRequest {
 // `inputLines` turns the peak positions into the lines of the input file; `run` runs the
 // engine (input, output) and reports success. Returns the exit code.
 int runIndexingJob(const IndexingJobRequest& request,
-                   const std::function<std::vector<std::string>(const std::vector<double>&)>& inputLines,
+                   const IndexingInputLines& inputLines,
                    const std::function<bool(ConsoleShell&, const std::string&, const std::string&)>& run,
                    std::ostream& out, std::ostream& err);
 

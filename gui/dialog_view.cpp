@@ -14,6 +14,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollBar>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
@@ -152,14 +153,28 @@ void DialogView::addListBox(const DialogControl& c) {
   list->setObjectName(nameOf(c));
   list->setEnabled(c.enabled);
   list->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));  // column-aligned lines
-  for (const std::string& line : c.options) list->addItem(qs(line));
+  int widest = 0;
+  for (const std::string& line : c.options) {
+    list->addItem(qs(line));
+    widest = std::max(widest, list->fontMetrics().horizontalAdvance(qs(line)));
+  }
+  // Wide enough for the longest line, so that columns are never cut.
+  list->setMinimumWidth(widest + 2 * list->frameWidth() + list->verticalScrollBar()->sizeHint().width() + 8);
   if (c.selected >= 0 && c.selected < list->count()) list->setCurrentRow(c.selected);
-  if (!c.label.empty()) formFor(c.group).addRow(new QLabel(qs(c.label), this));
+  if (!c.label.empty()) {
+    auto* heads = new QLabel(qs(c.label), this);  // column heads over the lines: the same font
+    heads->setFont(list->font());
+    heads->setIndent(list->frameWidth() + 2);
+    formFor(c.group).addRow(heads);
+  }
   formFor(c.group).addRow(list);
   // A double click chooses the line as OK does.
   connect(list, &QListWidget::itemDoubleClicked, this, [this] { press(DialogModel::kOk); });
   writers_.push_back([this, key = c.key, list] {
-    model_.setSelected(key, list->currentItem() != nullptr ? list->currentRow() : -1);
+    // A view that takes the focus makes its first line current without selecting it: only a
+    // selected line counts as chosen.
+    const QList<QListWidgetItem*> chosen = list->selectedItems();
+    model_.setSelected(key, chosen.isEmpty() ? -1 : list->row(chosen.front()));
   });
 }
 

@@ -4,6 +4,7 @@
 #include "core/peaks/background_commands.h"
 #include "core/peaks/peak_commands.h"
 #include "core/process/modify_commands.h"
+#include "core/index/index_commands.h"
 #include "core/script/script_commands.h"
 
 namespace quarvel {
@@ -15,6 +16,7 @@ void registerAllCommands(CommandDispatcher& dispatcher) {
   registerBackgroundCommands(dispatcher);
   registerPeakCommands(dispatcher);
   registerScriptCommands(dispatcher);
+  registerIndexCommands(dispatcher);
 }
 
 }  // namespace quarvel

@@ -10,9 +10,12 @@ namespace quarvel {
 
 namespace fs = std::filesystem;
 
-std::optional<std::string> chooseFileToOpen(Session& session, const FileRequest& request) {
+std::optional<std::string> chooseFileToOpen(Session& session, const FileRequest& request, CancelChoice cancel) {
   auto choice = session.shell().chooseFile(request);
-  if (!choice) return std::nullopt;
+  if (!choice) {
+    if (cancel == CancelChoice::IsInvalid) session.message(msg::kFileError, msg::kInvalidFileSelection);
+    return std::nullopt;
+  }
   const fs::path path = session.resolve(*choice);
   std::error_code ec;
   if (choice->empty() || !fs::is_regular_file(path, ec)) {
