@@ -1,6 +1,8 @@
 #include "core/app/dialog_model.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <stdexcept>
 #include <utility>
 
@@ -159,6 +161,15 @@ void DialogModel::setText(std::string_view key, std::string value) { at(key).tex
 void DialogModel::setChecked(std::string_view key, bool value) { at(key).checked = value; }
 void DialogModel::setSelected(std::string_view key, int index) { at(key).selected = index; }
 
-std::string formatEditNumber(double value) { return shortestFloatText(static_cast<float>(value)); }
+std::string formatEditNumber(double value) {
+  // Plain decimals for the magnitudes people type (a tolerance reads 0.0002, not 2e-04);
+  // exponents only for the very small and very large.
+  const auto v = static_cast<float>(value);
+  const float magnitude = std::abs(v);
+  if (magnitude != 0.0f && (magnitude < 1e-5f || magnitude >= 1e9f)) return shortestFloatText(v);
+  char buffer[64];
+  auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, v, std::chars_format::fixed);
+  return ec == std::errc() ? std::string(buffer, end) : shortestFloatText(v);
+}
 
 }  // namespace quarvel

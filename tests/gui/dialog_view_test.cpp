@@ -93,5 +93,18 @@ TEST(DialogView, CancelLeavesTheModelAsItWas) {
   EXPECT_EQ(model.selected("method"), 0);
 }
 
+// A list that takes the focus gets a current line without a selection; that is not a choice.
+TEST(DialogView, ListBoxCountsOnlyASelectedLineAsChosen) {
+  RecordingShell shell;
+  DialogModel model("Indexing solutions", 200, 100);
+  model.listBox("solution", " No.  a", {"   1  5.431", "   2  7.680"}).okCancel();
+  model.setSelected("solution", -1);
+  DialogView view(model, shell);
+  auto* list = view.findChild<QListWidget*>("solution");
+  list->setCurrentRow(0, QItemSelectionModel::NoUpdate);
+  view.findChild<QPushButton*>(DialogView::buttonName("OK"))->click();
+  EXPECT_EQ(model.selected("solution"), -1);
+}
+
 }  // namespace
 }  // namespace quarvel

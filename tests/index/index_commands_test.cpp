@@ -54,6 +54,7 @@ TEST_F(IndexCommands, TreorDialogFillsDefaultsKeepsValuesAndSaveOnlyWritesTheFil
   answerJob(2, [](DialogModel& d) {
     EXPECT_EQ(d.text("maxVolume"), "-2000");
     EXPECT_EQ(d.text("maxCellEdge"), "100");
+    EXPECT_EQ(d.text("d1"), "0.0002");  // plain decimals, not 2e-04
     EXPECT_EQ(d.selected("form"), 3);
     d.setText("maxVolume", "2500.5");
     d.setText("merit", "9.5");
