@@ -20,6 +20,16 @@ int roundedInt(double v, int fallback) {
   return std::isfinite(v) ? static_cast<int>(nint(std::clamp(v, -1e9, 1e9))) : fallback;
 }
 
+// The two files and the input form, which both jobs ask for in the same way.
+void addJobFiles(DialogModel& dialog, const std::string& peakFile, const std::string& engine, const std::string& inputFile,
+                 const FileRequest& inputRequest, int inputForm) {
+  dialog.edit("peakFile", "Peak file", peakFile, kFiles)
+      .browse("peakFile", kPeakFileRequest, kFiles)
+      .edit("inputFile", engine + " file", inputFile, kFiles)
+      .browse("inputFile", inputRequest, kFiles)
+      .radio("form", "Input form", kInputForms, inputForm);
+}
+
 void addJobButtons(DialogModel& dialog, const std::string& engine) {
   dialog.button("Run " + engine, kRunJob).button("Save " + engine + " file", kSaveJobFile).button("Cancel", DialogModel::kCancel);
 }
@@ -47,12 +57,9 @@ ItoJobSettings withItoDefaults(ItoJobSettings settings, double patternWavelength
 DialogModel treorJobDialog(const TreorJobSettings& settings) {
   const TreorJob& job = settings.job;
   DialogModel dialog("TREOR90 Input", 260, 250);
-  dialog.edit("peakFile", "Peak file", job.peakFile, kFiles)
-      .browse("peakFile", kPeakFileRequest, kFiles)
-      .edit("inputFile", "TREOR90 file", settings.inputFile, kFiles)
-      .browse("inputFile", FileRequest{"Save TREOR90 File", {"TREOR90 File (*.tre)"}, "tre", true}, kFiles)
-      .radio("form", "Input form", kInputForms, job.choice)
-      .edit("wavelength", "Wavelength", job.wavelength, kParameters)
+  addJobFiles(dialog, job.peakFile, "TREOR90", settings.inputFile,
+              FileRequest{"Save TREOR90 File", {"TREOR90 File (*.tre)"}, "tre", true}, job.choice);
+  dialog.edit("wavelength", "Wavelength", job.wavelength, kParameters)
       .edit("maxVolume", "Max. volume", job.maxVolume, kParameters)
       .edit("maxCellEdge", "Max. cell edge", settings.maxCellEdge, kParameters)
       .edit("d1", "Tolerance d1", job.d1, kParameters)
@@ -66,12 +73,9 @@ DialogModel treorJobDialog(const TreorJobSettings& settings) {
 DialogModel itoJobDialog(const ItoJobSettings& settings) {
   const ItoJob& job = settings.job;
   DialogModel dialog("ITO Input", 260, 250);
-  dialog.edit("peakFile", "Peak file", job.peakFile, kFiles)
-      .browse("peakFile", kPeakFileRequest, kFiles)
-      .edit("inputFile", "ITO file", settings.inputFile, kFiles)
-      .browse("inputFile", FileRequest{"Save ITO File", {"ITO File (*.inp)"}, "inp", true}, kFiles)
-      .radio("form", "Input form", kInputForms, settings.inputForm)
-      .edit("wavelength", "Wavelength", job.wavelength, kParameters)
+  addJobFiles(dialog, job.peakFile, "ITO", settings.inputFile,
+              FileRequest{"Save ITO File", {"ITO File (*.inp)"}, "inp", true}, settings.inputForm);
+  dialog.edit("wavelength", "Wavelength", job.wavelength, kParameters)
       .edit("zero", "Zero shift", job.zeroShift, kParameters)
       .edit("maxLines", "Max. lines", static_cast<double>(job.maxLines), kParameters)
       .edit("tol2", "Tolerance d1", job.tol2, kParameters)
