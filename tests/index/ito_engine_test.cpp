@@ -68,6 +68,18 @@ TEST(ItoEngine, FindsTheCellOfEachCrystalSystemFromNoisyLines) {
   }
 }
 
+// Triclinic cells whose first lines nearly fill one zone: the lines on a zone axis and the third
+// axis are few, so the second cross term of that axis must come from the lines that need all
+// three; among the trials, the ones with the fewest calculated lines go on to refinement.
+TEST(ItoEngine, CompletesADominantZoneWithTheLinesThatNeedAllThreeAxes) {
+  for (const CellParameters& cell : {CellParameters{4.038, 11.423, 14.635, 83.28, 87.99, 86.42},
+                                     CellParameters{6.337, 9.286, 13.321, 86.04, 80.20, 75.68},
+                                     CellParameters{2.998, 6.694, 7.011, 116.70, 100.10, 94.25}}) {
+    const IndexingCase problem = syntheticCase(cell, Centring::P, 0.01, 25);
+    EXPECT_TRUE(knownCellFound(problem, itoCandidates(problem), 4)) << cell.a << " " << cell.b << " " << cell.c;
+  }
+}
+
 TEST(ItoZones, RankedOnTheirFitBeyondChanceNotOnLinesAlone) {
   const auto twoTheta = syntheticCase({10.027, 11.028, 3.420, 90, 90, 90}, Centring::P, 0.01).twoTheta;
   const ItoLines lines = prepareLines(twoTheta, ItoParameters{});

@@ -22,7 +22,11 @@ constexpr int kClustersPerRowPair = 3;  // trial lattices kept per pair of commo
 // Cross terms of a zone row with a line outside the zone: one or two lines support each, so the
 // true one competes with many chance clusters of the same support.
 constexpr int kClustersPerAxis = 3;
-constexpr int kRefinedLattices = 60;    // the best screened lattices go on to refinement
+// Second cross terms kept per first one, and the largest zone index tried in their search.
+constexpr int kSecondCrossTerms = 2;
+constexpr int kMaxThirdAxisIndex = 8;
+constexpr int kRefinedLattices = 60;
+constexpr int kScreenedByCount = 400;  // the best by lines indexed whose calculated lines are counted    // the best screened lattices go on to refinement
 constexpr double kMaxVolume = 10000.0;  // Å³
 constexpr int kRefinementCycles = 4;
 
@@ -144,9 +148,10 @@ std::vector<Cluster> crossTermClusters(double qu1, double qu2, double qc, double
 std::vector<Cluster> axisCrossTerms(double qa, double qc, const ItoLines& lines, double tol3, bool shortest) {
   // every line: with a dominant zone the lines that fix the third axis may all lie beyond the 20th
   const int n = lines.count();
-  // When c is the shortest vector outside the zone, c ± a is no shorter: |P| ≤ q(a). Without this
-  // bound the flat, near-degenerate values win on support.
-  const double pMax = shortest ? std::min(2.0 * std::sqrt(qa * qc), qa + tol3) : 2.0 * std::sqrt(qa * qc);
+  // When c is the shortest vector outside the zone, c ± a is no shorter: |P| ≤ q(a); when the
+  // shortest line of its coset is missing c may be the second, c ± a the shortest: |P| ≤ 3 q(a).
+  // Without such a bound the flat, near-degenerate values win on support.
+  const double pMax = shortest ? std::min(2.0 * std::sqrt(qa * qc), 3.0 * qa + tol3) : 2.0 * std::sqrt(qa * qc);
   std::vector<CrossValue> values;
   for (int line = 0; line < n; ++line)
     for (int i = 1; i <= kMaxCrossIndex; ++i)
@@ -154,7 +159,9 @@ std::vector<Cluster> axisCrossTerms(double qa, double qc, const ItoLines& lines,
         if (l == 0) continue;
         const double il = i * l;
         const double p = (lines.q[static_cast<std::size_t>(line)] - i * i * qa - l * l * qc) / il;
-        if (std::abs(p) <= pMax) values.push_back({p, tol3 / std::abs(il), line});
+        // c and −c are one axis: only the size of P is known until the second cross term fixes
+        // their relative sign
+        if (std::abs(p) <= pMax) values.push_back({std::abs(p), tol3 / std::abs(il), line});
       }
   std::vector<Cluster> found;
   std::vector<bool> taken(values.size(), false);
@@ -179,10 +186,91 @@ std::vector<Cluster> axisCrossTerms(double qa, double qc, const ItoLines& lines,
   return found;
 }
 
+// Clusters of the second cross term of a third axis c once the first is fixed: P2 = 2 b·c from
+// every line indexed as i·a + j·b + l·c with j, l ≠ 0, P1 = 2 a·c given. With a dominant zone
+// the lines on a single zone axis and c are few (often one), while the lines that need all
+// three vectors are most of the pattern: they fix the second cross term where the two-index
+// lines alone leave it among chance clusters of equal support.
+std::vector<Cluster> secondCrossTerm(double qa, double qb, double r, double qc, double p1, const ItoLines& lines,
+                                     double tol3, int keep) {
+  const double det = 4.0 * qa * qb - r * r;
+  if (det <= 0.0) return {};
+  const double pMax = qb + tol3;  // c is the shortest vector of its coset: |2 b·c| ≤ q(b)
+  std::vector<CrossValue> values;
+  for (int line = 0; line < lines.count(); ++line) {
+    const double q = lines.q[static_cast<std::size_t>(line)];
+    for (int l = 1; l <= kMaxCrossIndex; ++l) {
+      // the zone part of the vector is no longer than the whole line plus the c part
+      const double reach = q + l * l * qc;
+      const int iMax = std::min(kMaxThirdAxisIndex, static_cast<int>(std::sqrt(reach * 4.0 * qb / det)) + 1);
+      const int jMax = std::min(kMaxThirdAxisIndex, static_cast<int>(std::sqrt(reach * 4.0 * qa / det)) + 1);
+      for (int j = 1; j <= jMax; ++j)
+        for (int sj : {1, -1})
+          for (int i = -iMax; i <= iMax; ++i) {
+            const double jl = sj * j * l;
+            const double x = (q - i * i * qa - j * j * qb - sj * i * j * r - l * l * qc - i * l * p1) / jl;
+            if (std::abs(x) <= pMax) values.push_back({x, tol3 / std::abs(jl), line});
+          }
+    }
+  }
+  std::sort(values.begin(), values.end(), [](const CrossValue& a, const CrossValue& b) { return a.x < b.x; });
+  // windows of width tol3 slid over the sorted values, support counted in distinct lines: the
+  // values are many (every line with every index triple), so a pairwise clustering is too slow
+  std::vector<Cluster> found;
+  std::vector<bool> taken(values.size(), false);
+  std::vector<int> perLine(static_cast<std::size_t>(lines.count()), 0);
+  for (int round = 0; round < keep; ++round) {
+    std::fill(perLine.begin(), perLine.end(), 0);
+    int distinct = 0, bestSupport = 1;
+    std::size_t bestLo = 0, bestHi = 0;
+    std::size_t lo = 0;
+    for (std::size_t hi = 0; hi < values.size(); ++hi) {
+      if (taken[hi]) continue;
+      if (perLine[static_cast<std::size_t>(values[hi].line)]++ == 0) ++distinct;
+      while (values[hi].x - values[lo].x > tol3) {
+        if (!taken[lo] && --perLine[static_cast<std::size_t>(values[lo].line)] == 0) --distinct;
+        ++lo;
+      }
+      if (distinct > bestSupport) {
+        bestSupport = distinct;
+        bestLo = lo;
+        bestHi = hi;
+      }
+    }
+    if (bestSupport < 2) break;
+    double sw = 0.0, swx = 0.0;
+    for (std::size_t b = bestLo; b <= bestHi; ++b) {
+      if (taken[b]) continue;
+      const double w = 1.0 / (values[b].tol * values[b].tol);
+      sw += w;
+      swx += w * values[b].x;
+      taken[b] = true;
+    }
+    found.push_back({swx / sw, bestSupport});
+  }
+  return found;
+}
+
 struct Screened {
   ItoLattice lattice;
   int quickIndexed = 0;
+  int calculated = 0;  // distinct lines up to the 20th observed one
 };
+
+int calculatedCount(const ItoLattice& lattice, const ItoLines& lines, std::vector<CalculatedLine>& scratch) {
+  const double qLast = qFromQUnits(lines.q[static_cast<std::size_t>(lines.indexingCount() - 1)]);
+  calculatedLines(toAngstrom(lattice.metric), Centring::P, 1.003 * qLast, scratch);
+  // a trial is not exact: values closer than a quarter of the mean line tolerance are one line
+  // (the metric degeneracies of a high-symmetry cell are only near-equalities in its trial)
+  const double gap = 0.25 * qFromQUnits(lines.meanTolerance);
+  int count = 0;
+  double previous = -1.0;
+  for (const CalculatedLine& line : scratch) {
+    if (line.q - previous > gap) ++count;
+    previous = line.q;
+  }
+  return count;
+}
 
 int quickIndexedCount(const ReciprocalMetric& metricAngstrom, const ItoLines& lines) {
   int count = 0;
@@ -420,6 +508,13 @@ LatticeSearch combineZones(const std::vector<ItoZone>& zones, const ItoLines& li
               const ReciprocalMetric trial{zone.qa, zone.qb, qc, sign * c2.x, c1.x, zone.r};
               addLattice(trial, c1.support + c2.support, pedigree);
             }
+        // one cross term from the lines on a zone axis, the other from all lines that need it
+        for (const Cluster& c1 : p1)
+          for (const Cluster& c2 : secondCrossTerm(zone.qa, zone.qb, zone.r, qc, c1.x, lines, parameters.tol3, kSecondCrossTerms))
+            addLattice(ReciprocalMetric{zone.qa, zone.qb, qc, c2.x, c1.x, zone.r}, c1.support + c2.support, pedigree);
+        for (const Cluster& c2 : p2)
+          for (const Cluster& c1 : secondCrossTerm(zone.qb, zone.qa, zone.r, qc, c2.x, lines, parameters.tol3, kSecondCrossTerms))
+            addLattice(ReciprocalMetric{zone.qa, zone.qb, qc, c2.x, c1.x, zone.r}, c1.support + c2.support, pedigree);
       }
     }
   }
@@ -428,6 +523,17 @@ LatticeSearch combineZones(const std::vector<ItoZone>& zones, const ItoLines& li
     if (a.quickIndexed != b.quickIndexed) return a.quickIndexed > b.quickIndexed;
     if (a.lattice.volume != b.lattice.volume) return a.lattice.volume < b.lattice.volume;
     return a.lattice.support > b.lattice.support;
+  });
+  // Among the lattices that index as many lines, fewer calculated lines first: the smallest
+  // volume alone prefers the low-symmetry cells of about the true volume whose extra lines
+  // happen to fall on the observed ones (a cubic pattern is indexed by a dozen such cells, the
+  // cubic one with the fewest distinct lines).
+  if (screened.size() > static_cast<std::size_t>(kScreenedByCount)) screened.resize(kScreenedByCount);
+  std::vector<CalculatedLine> scratch;
+  for (Screened& s : screened) s.calculated = calculatedCount(s.lattice, lines, scratch);
+  std::stable_sort(screened.begin(), screened.end(), [](const Screened& a, const Screened& b) {
+    if (a.quickIndexed != b.quickIndexed) return a.quickIndexed > b.quickIndexed;
+    return a.calculated < b.calculated;
   });
   for (const Screened& s : screened) {
     if (static_cast<int>(search.lattices.size()) >= kRefinedLattices) break;
