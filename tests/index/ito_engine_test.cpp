@@ -80,6 +80,35 @@ TEST(ItoEngine, CompletesADominantZoneWithTheLinesThatNeedAllThreeAxes) {
   }
 }
 
+// Monoclinic cells with one axis near 3 Å: the lines off the dominant zone start near the 20th,
+// the third axis stands at right angles to a zone row (a cross term the one or two lines that
+// show it cannot win against chance) and the refinement needs the lines beyond the 20th.
+TEST(ItoEngine, FindsMonoclinicCellsWithAShortAxis) {
+  const struct {
+    CellParameters cell;
+    int missing;
+  } cells[] = {{{22.907, 4.087, 3.049, 90, 101.55, 90}, 0}, {{20.592, 5.836, 3.966, 90, 95.77, 90}, 3}};
+  for (const auto& [cell, missing] : cells) {
+    IndexingCase problem;
+    problem.knownCell = cell;
+    SyntheticLineOptions options;
+    options.noise = 0.01;
+    options.resolution = 0.02;
+    options.drop = missing;
+    options.maxLines = 25 + missing;
+    options.seed = 7;
+    problem.twoTheta = syntheticLines(cell, Centring::P, options);
+    EXPECT_TRUE(knownCellFound(problem, itoCandidates(problem), 4)) << cell.a << " " << cell.b << " " << cell.c;
+  }
+}
+
+// Orthorhombic and monoclinic cells of a quarter of the volume index a body-centred cubic pattern
+// as well and fit its noise better: the cubic cell still comes first.
+TEST(ItoEngine, PrefersTheHigherSymmetryWhenTheFiguresAreComparable) {
+  const IndexingCase problem = syntheticCase({10.048, 10.048, 10.048, 90, 90, 90}, Centring::I, 0.01, 25);
+  EXPECT_TRUE(knownCellFound(problem, itoCandidates(problem), 1));
+}
+
 TEST(ItoZones, RankedOnTheirFitBeyondChanceNotOnLinesAlone) {
   const auto twoTheta = syntheticCase({10.027, 11.028, 3.420, 90, 90, 90}, Centring::P, 0.01).twoTheta;
   const ItoLines lines = prepareLines(twoTheta, ItoParameters{});

@@ -29,6 +29,10 @@ constexpr int kRefinedLattices = 60;
 constexpr int kScreenedByCount = 400;  // the best by lines indexed whose calculated lines are counted    // the best screened lattices go on to refinement
 constexpr double kMaxVolume = 10000.0;  // Å³
 constexpr int kRefinementCycles = 4;
+// A higher metric symmetry is taken when it indexes as many lines and keeps at least this share
+// of the free cell's figure: fewer parameters fit noise less well, a false symmetry much worse.
+constexpr double kComparableMerit = 0.7;
+constexpr double kTiedConstantWeight = 1.2;
 
 struct Row {
   int h, k;
@@ -163,8 +167,15 @@ std::vector<Cluster> axisCrossTerms(double qa, double qc, const ItoLines& lines,
         // their relative sign
         if (std::abs(p) <= pMax) values.push_back({std::abs(p), tol3 / std::abs(il), line});
       }
-  std::vector<Cluster> found;
+  // An axis at right angles to the zone row (P = 0) is always tried, as the rectangular zone is:
+  // it is the common case, and its one or two supporting lines are easily outnumbered by chance.
+  std::vector<Cluster> found{{0.0, 0}};
   std::vector<bool> taken(values.size(), false);
+  for (std::size_t b = 0; b < values.size(); ++b) {
+    if (values[b].x > 2.0 * values[b].tol) continue;
+    taken[b] = true;
+    ++found.front().support;
+  }
   for (int round = 0; round < kClustersPerAxis; ++round) {
     int bestSupport = 0;
     double bestX = 0.0;
@@ -308,17 +319,20 @@ bool nearlySameCell(const CellParameters& a, const CellParameters& b) {
          std::abs(a.beta - b.beta) < 0.2 && std::abs(a.gamma - b.gamma) < 0.2;
 }
 
-std::vector<double> indexingTwoTheta(const ItoLines& lines) {
-  return {lines.twoTheta.begin(), lines.twoTheta.begin() + lines.indexingCount()};
-}
-
 // Ranking: the figure of merit weighted by the fourth power of the share of lines indexed. On
 // lines indexed first, a large cell that indexes everything with a poor figure would beat the true
 // cell leaving one impurity line out; on the figure alone a sub-cell indexing three quarters of
 // the lines would win.
+//
+// Each constant a higher symmetry ties weighs the figure by kTiedConstantWeight: a cell with more
+// free constants fits the noise of the lines better, so among figures of about the same size the
+// crystallographer's choice, the higher symmetry, comes first (a cubic pattern is indexed about
+// as well by orthorhombic and monoclinic cells of a half or a quarter of its volume, and a
+// lower-symmetry cell of the true one fits the noise better than the true metric).
 double rankingFigure(const ItoLattice& lattice) {
   const double share = static_cast<double>(lattice.indexed) / kItoIndexingLines;
-  return lattice.merit * share * share * share * share;
+  const int tied = kMaxMetricParameters - freeParameterCount(lattice.system);
+  return lattice.merit * share * share * share * share * std::pow(kTiedConstantWeight, tied);
 }
 
 bool better(const ItoLattice& a, const ItoLattice& b) {
@@ -337,7 +351,9 @@ MetricRefinement refineIn(CrystalSystem system, Centring centring, const Recipro
   options.toleranceTwoTheta = toleranceFactor * parameters.tolg / 100.0;
   options.sigmaTwoTheta = parameters.tolg / 300.0;
   options.maxCycles = kRefinementCycles;
-  return refineMetric(indexingTwoTheta(lines), start, options);
+  // every line read (up to 40), not only the 20 that are scored: with a dominant zone the lines
+  // that fix the third axis and its cross terms lie mostly beyond the 20th
+  return refineMetric(lines.twoTheta, start, options);
 }
 
 bool systemWanted(CrystalSystem system, const ItoParameters& parameters) {
@@ -365,7 +381,7 @@ int preferenceOf(CrystalSystem system, const ItoParameters& parameters) {
 
 // Refines a reduced lattice, recognises its metric symmetry and refines again in that system.
 ItoLattice refineOne(const ItoLattice& start, const ItoLines& lines, const ItoParameters& parameters,
-                     double toleranceFactor, double axisDeviation) {
+                     double toleranceFactor, double axisDeviation, bool forceSymmetry) {
   ItoLattice result = start;
   const MetricRefinement free =
       refineIn(CrystalSystem::Triclinic, Centring::P, toAngstrom(start.metric), lines, parameters, toleranceFactor);
@@ -380,21 +396,28 @@ ItoLattice refineOne(const ItoLattice& start, const ItoLines& lines, const ItoPa
   result.centring = Centring::P;
   result.bravais = "aP";
 
-  const LatticeSymmetry symmetry = latticeSymmetry(reduced.cell, Centring::P, axisDeviation);
-  if (symmetry.system != CrystalSystem::Triclinic) {
+  // The highest metric symmetry within the axis deviation, refined in its system. A pseudo-
+  // symmetry the lines do not bear (the figure falls well below the free one's) gives way to the
+  // symmetry found with a tighter deviation, down to the free cell.
+  scoreLattice(result, lines);
+  const ItoLattice unconstrained = result;
+  for (double deviation = axisDeviation; deviation >= axisDeviation / 16.0; deviation /= 4.0) {
+    const LatticeSymmetry symmetry = latticeSymmetry(reduced.cell, Centring::P, deviation);
+    if (symmetry.system == CrystalSystem::Triclinic) break;
     const MetricRefinement constrained = refineIn(symmetry.system, symmetry.centring, metricFromCell(symmetry.conventional),
                                                   lines, parameters, toleranceFactor);
-    if (constrained.solved) {
-      ItoLattice candidate = result;
-      candidate.metric = toQUnits(constrained.metric);
-      candidate.cell = constrained.cell;
-      candidate.system = symmetry.system;
-      candidate.centring = symmetry.centring;
-      candidate.bravais = symmetry.bravaisSymbol();
-      scoreLattice(candidate, lines);
-      scoreLattice(result, lines);
-      if (candidate.indexed >= result.indexed) result = candidate;
-    }
+    if (!constrained.solved) continue;
+    ItoLattice candidate = unconstrained;
+    candidate.metric = toQUnits(constrained.metric);
+    candidate.cell = constrained.cell;
+    candidate.system = symmetry.system;
+    candidate.centring = symmetry.centring;
+    candidate.bravais = symmetry.bravaisSymbol();
+    scoreLattice(candidate, lines);
+    if (candidate.indexed < unconstrained.indexed) continue;
+    if (!forceSymmetry && candidate.merit < kComparableMerit * unconstrained.merit) continue;
+    result = candidate;
+    break;
   }
   result.volume = cellVolume(result.cell);
   scoreLattice(result, lines);
@@ -566,14 +589,14 @@ std::vector<ItoLattice> refineLattices(const std::vector<ItoLattice>& lattices, 
                                        const ItoParameters& parameters, std::vector<std::string>& notes) {
   std::vector<ItoLattice> kept;
   for (std::size_t n = 0; n < lattices.size(); ++n) {
-    ItoLattice refined = refineOne(lattices[n], lines, parameters, 1.0, kDefaultAxisDeviation);
+    ItoLattice refined = refineOne(lattices[n], lines, parameters, 1.0, kDefaultAxisDeviation, false);
     const std::string name = " lattice " + std::to_string(n + 1) + ": ";
     if (refined.singular) notes.push_back(name + "matrix is singular");
     // refpar2: a system marked +1 gets a second chance with twice the tolerance
     if (preferenceOf(refined.system, parameters) <= 0) {
       for (CrystalSystem preferred : {CrystalSystem::Orthorhombic, CrystalSystem::Monoclinic, CrystalSystem::Triclinic}) {
         if (preferenceOf(preferred, parameters) <= 0) continue;
-        ItoLattice second = refineOne(lattices[n], lines, parameters, 2.0, 3.0);
+        ItoLattice second = refineOne(lattices[n], lines, parameters, 2.0, 3.0, true);
         if (second.system == preferred) {
           second.preferred = true;
           if (second.indexed >= parameters.prntln && second.merit >= parameters.prntmr) kept.push_back(second);
