@@ -135,6 +135,25 @@ TEST(ItoEngine, DuplicateInputIsReportedAndDropped) {
   EXPECT_EQ(results[0].lines.count(), static_cast<int>(lines.size()) - 1);
 }
 
+// A line tolerance far below the noise leaves no zone and so no lattice: the problem is skipped
+// with the advice. With the default base pairs and tolerance the zone table fills, and says so.
+TEST(ItoEngine, NoLatticeSkipsTheProblemAndAFullZoneTableIsReported) {
+  const auto lines = syntheticCase({5.12, 8.01, 7.04, 102.6, 96.1, 91.4}, Centring::P, 0.01, 25).twoTheta;
+  std::string tight(78, ' ');
+  tight[0] = '9';
+  tight.replace(70, 8, "    0.01");  // tolg: 0.0001°
+  std::vector<ItoProblemResult> results;
+  auto report = runItoDeck(deckFor(lines, tight), {}, &results);
+  ASSERT_EQ(results.size(), 1u);
+  EXPECT_TRUE(results[0].skipped);
+  EXPECT_TRUE(contains(report, " no lattices have been found. try again with e.g."));
+  EXPECT_TRUE(contains(report, " larger tol3 (col. 16-20). this problem is skipped"));
+
+  report = runItoDeck(deckFor(lines));
+  EXPECT_TRUE(contains(report, " search for zones terminated - storage for 39 zones maximum"));
+  EXPECT_TRUE(contains(report, "q(a)"));
+}
+
 TEST(ItoEngine, NineteenUsableLinesSkipTheProblem) {
   const auto lines = syntheticCase({10.027, 11.028, 3.420, 90, 90, 90}, Centring::P, 0.0, 19).twoTheta;
   std::vector<ItoProblemResult> results;
