@@ -33,6 +33,7 @@ constexpr int kRefinementCycles = 4;
 // of the free cell's figure: fewer parameters fit noise less well, a false symmetry much worse.
 constexpr double kComparableMerit = 0.7;
 constexpr double kTiedConstantWeight = 1.2;
+constexpr int kMaxSuperCellIndex = 3;
 
 struct Row {
   int h, k;
@@ -341,6 +342,25 @@ bool better(const ItoLattice& a, const ItoLattice& b) {
   return a.indexed > b.indexed;
 }
 
+// A sub-cell indexes the strong lines with a high figure and leaves the weak superstructure lines
+// out (corundum: the cell with half the c axis leaves three of the first 20). A super-cell of
+// index n that indexes more lines and keeps a comparable share of the figure, at least
+// kComparableMerit/n of it (n times the calculated lines would divide it by n), goes before it.
+void preferSuperCellsThatIndexMore(std::vector<ItoLattice>& ranked) {
+  for (std::size_t i = 0; i < ranked.size(); ++i) {
+    for (std::size_t j = i + 1; j < ranked.size(); ++j) {
+      const ItoLattice& sub = ranked[i];
+      const ItoLattice& super = ranked[j];
+      if (super.indexed <= sub.indexed) continue;
+      const int index = superCellIndex(sub.cell, sub.centring, super.cell, super.centring, kMaxSuperCellIndex, 5e-3);
+      if (index < 2 || super.merit < kComparableMerit * sub.merit / index) continue;
+      std::rotate(ranked.begin() + static_cast<std::ptrdiff_t>(i), ranked.begin() + static_cast<std::ptrdiff_t>(j),
+                  ranked.begin() + static_cast<std::ptrdiff_t>(j + 1));
+      break;
+    }
+  }
+}
+
 // One refinement in a given system and centring; the metric in Å⁻².
 MetricRefinement refineIn(CrystalSystem system, Centring centring, const ReciprocalMetric& start, const ItoLines& lines,
                           const ItoParameters& parameters, double toleranceFactor) {
@@ -627,6 +647,7 @@ std::vector<ItoLattice> refineLattices(const std::vector<ItoLattice>& lattices, 
     }
     if (!duplicate) distinct.push_back(lattice);
   }
+  preferSuperCellsThatIndexMore(distinct);
   return distinct;
 }
 
