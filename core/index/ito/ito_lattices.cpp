@@ -26,6 +26,7 @@ constexpr int kClustersPerAxis = 3;
 constexpr int kSecondCrossTerms = 2;
 constexpr int kMaxThirdAxisIndex = 8;
 constexpr int kRefinedLattices = 60;
+constexpr int kRefinedOnLinesIndexed = 40;  // of them, the ones taken on lines indexed first
 constexpr int kScreenedByCount = 400;  // the best by lines indexed whose calculated lines are counted    // the best screened lattices go on to refinement
 constexpr double kMaxVolume = 10000.0;  // Å³
 constexpr int kRefinementCycles = 4;
@@ -578,6 +579,17 @@ LatticeSearch combineZones(const std::vector<ItoZone>& zones, const ItoLines& li
     if (a.quickIndexed != b.quickIndexed) return a.quickIndexed > b.quickIndexed;
     return a.calculated < b.calculated;
   });
+  // The last places go on the share of lines indexed to the fourth power (as in the final
+  // ranking) over the calculated lines: a trial that leaves an impurity line out then still goes
+  // before the many oblique cells of several times the volume that index all 20 lines. On that
+  // figure alone, small cells that miss one line of a cubic pattern push the cubic cell out.
+  auto screenFigure = [](const Screened& s) {
+    const double share = s.quickIndexed / static_cast<double>(kItoIndexingLines);
+    return share * share * share * share / std::max(s.calculated, 1);
+  };
+  const auto firstPlaces = std::min<std::ptrdiff_t>(kRefinedOnLinesIndexed, static_cast<std::ptrdiff_t>(screened.size()));
+  std::stable_sort(screened.begin() + firstPlaces, screened.end(),
+                   [&](const Screened& a, const Screened& b) { return screenFigure(a) > screenFigure(b); });
   for (const Screened& s : screened) {
     if (static_cast<int>(search.lattices.size()) >= kRefinedLattices) break;
     search.lattices.push_back(s.lattice);
