@@ -68,6 +68,59 @@ TEST(ItoEngine, FindsTheCellOfEachCrystalSystemFromNoisyLines) {
   }
 }
 
+// Triclinic cells whose first lines nearly fill one zone: the lines on a zone axis and the third
+// axis are few, so the second cross term of that axis must come from the lines that need all
+// three; among the trials, the ones with the fewest calculated lines go on to refinement.
+TEST(ItoEngine, CompletesADominantZoneWithTheLinesThatNeedAllThreeAxes) {
+  for (const CellParameters& cell : {CellParameters{4.038, 11.423, 14.635, 83.28, 87.99, 86.42},
+                                     CellParameters{6.337, 9.286, 13.321, 86.04, 80.20, 75.68},
+                                     CellParameters{2.998, 6.694, 7.011, 116.70, 100.10, 94.25}}) {
+    const IndexingCase problem = syntheticCase(cell, Centring::P, 0.01, 25);
+    EXPECT_TRUE(knownCellFound(problem, itoCandidates(problem), 4)) << cell.a << " " << cell.b << " " << cell.c;
+  }
+}
+
+// Monoclinic cells with one axis near 3 Å: the lines off the dominant zone start near the 20th,
+// the third axis stands at right angles to a zone row (a cross term the one or two lines that
+// show it cannot win against chance) and the refinement needs the lines beyond the 20th.
+TEST(ItoEngine, FindsMonoclinicCellsWithAShortAxis) {
+  const struct {
+    CellParameters cell;
+    int missing;
+  } cells[] = {{{22.907, 4.087, 3.049, 90, 101.55, 90}, 0}, {{20.592, 5.836, 3.966, 90, 95.77, 90}, 3}};
+  for (const auto& [cell, missing] : cells) {
+    IndexingCase problem;
+    problem.knownCell = cell;
+    SyntheticLineOptions options;
+    options.noise = 0.01;
+    options.resolution = 0.02;
+    options.drop = missing;
+    options.maxLines = 25 + missing;
+    options.seed = 7;
+    problem.twoTheta = syntheticLines(cell, Centring::P, options);
+    EXPECT_TRUE(knownCellFound(problem, itoCandidates(problem), 4)) << cell.a << " " << cell.b << " " << cell.c;
+  }
+}
+
+// Orthorhombic and monoclinic cells of a quarter of the volume index a body-centred cubic pattern
+// as well and fit its noise better: the cubic cell still comes first.
+TEST(ItoEngine, PrefersTheHigherSymmetryWhenTheFiguresAreComparable) {
+  const IndexingCase problem = syntheticCase({10.048, 10.048, 10.048, 90, 90, 90}, Centring::I, 0.01, 25);
+  EXPECT_TRUE(knownCellFound(problem, itoCandidates(problem), 1));
+}
+
+// One impurity line among the first 20: the true tetragonal trial indexes 19 of them, while
+// dozens of oblique cells of several times its volume index all 20. Some trials go on to
+// refinement on the lines indexed against the lines calculated, and the true one is among them.
+TEST(ItoEngine, AnImpurityLineDoesNotPushTheTrueTrialOut) {
+  for (const IndexingCase& problem : syntheticMatrix()) {
+    if (problem.name != "tP λ1.5406 σ0.01 z0.00 imp1 miss1") continue;
+    EXPECT_TRUE(knownCellFound(problem, itoCandidates(problem), 4));
+    return;
+  }
+  FAIL() << "the synthetic matrix has no such problem";
+}
+
 TEST(ItoZones, RankedOnTheirFitBeyondChanceNotOnLinesAlone) {
   const auto twoTheta = syntheticCase({10.027, 11.028, 3.420, 90, 90, 90}, Centring::P, 0.01).twoTheta;
   const ItoLines lines = prepareLines(twoTheta, ItoParameters{});
@@ -92,6 +145,25 @@ TEST(ItoEngine, DuplicateInputIsReportedAndDropped) {
   EXPECT_TRUE(contains(report, " check your input"));
   ASSERT_EQ(results.size(), 1u);
   EXPECT_EQ(results[0].lines.count(), static_cast<int>(lines.size()) - 1);
+}
+
+// A line tolerance far below the noise leaves no zone and so no lattice: the problem is skipped
+// with the advice. With the default base pairs and tolerance the zone table fills, and says so.
+TEST(ItoEngine, NoLatticeSkipsTheProblemAndAFullZoneTableIsReported) {
+  const auto lines = syntheticCase({5.12, 8.01, 7.04, 102.6, 96.1, 91.4}, Centring::P, 0.01, 25).twoTheta;
+  std::string tight(78, ' ');
+  tight[0] = '9';
+  tight.replace(70, 8, "    0.01");  // tolg: 0.0001°
+  std::vector<ItoProblemResult> results;
+  auto report = runItoDeck(deckFor(lines, tight), {}, &results);
+  ASSERT_EQ(results.size(), 1u);
+  EXPECT_TRUE(results[0].skipped);
+  EXPECT_TRUE(contains(report, " no lattices have been found. try again with e.g."));
+  EXPECT_TRUE(contains(report, " larger tol3 (col. 16-20). this problem is skipped"));
+
+  report = runItoDeck(deckFor(lines));
+  EXPECT_TRUE(contains(report, " search for zones terminated - storage for 39 zones maximum"));
+  EXPECT_TRUE(contains(report, "q(a)"));
 }
 
 TEST(ItoEngine, NineteenUsableLinesSkipTheProblem) {
@@ -198,6 +270,12 @@ TEST(ItoEngine, CaseFilesWithKnownCells) {
     ASSERT_TRUE(problem.has_value()) << error;
     EXPECT_TRUE(knownCellFound(*problem, itoCandidates(*problem), 4)) << name;
   }
+  // corundum: the R cell with half the c axis leaves three weak lines out with a higher figure;
+  // the true cell, its super-cell indexing all 20, comes first
+  std::string error;
+  const auto corundum = readIndexingCase(folder / "mcmaille_al2o3_nist.txt", error);
+  ASSERT_TRUE(corundum.has_value()) << error;
+  EXPECT_TRUE(knownCellFound(*corundum, itoCandidates(*corundum), 1));
 }
 
 }  // namespace

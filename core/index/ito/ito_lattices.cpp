@@ -22,9 +22,19 @@ constexpr int kClustersPerRowPair = 3;  // trial lattices kept per pair of commo
 // Cross terms of a zone row with a line outside the zone: one or two lines support each, so the
 // true one competes with many chance clusters of the same support.
 constexpr int kClustersPerAxis = 3;
-constexpr int kRefinedLattices = 60;    // the best screened lattices go on to refinement
+// Second cross terms kept per first one, and the largest zone index tried in their search.
+constexpr int kSecondCrossTerms = 2;
+constexpr int kMaxThirdAxisIndex = 8;
+constexpr int kRefinedLattices = 60;
+constexpr int kRefinedOnLinesIndexed = 40;  // of them, the ones taken on lines indexed first
+constexpr int kScreenedByCount = 400;  // the best by lines indexed whose calculated lines are counted    // the best screened lattices go on to refinement
 constexpr double kMaxVolume = 10000.0;  // Å³
 constexpr int kRefinementCycles = 4;
+// A higher metric symmetry is taken when it indexes as many lines and keeps at least this share
+// of the free cell's figure: fewer parameters fit noise less well, a false symmetry much worse.
+constexpr double kComparableMerit = 0.7;
+constexpr double kTiedConstantWeight = 1.2;
+constexpr int kMaxSuperCellIndex = 3;
 
 struct Row {
   int h, k;
@@ -144,9 +154,10 @@ std::vector<Cluster> crossTermClusters(double qu1, double qu2, double qc, double
 std::vector<Cluster> axisCrossTerms(double qa, double qc, const ItoLines& lines, double tol3, bool shortest) {
   // every line: with a dominant zone the lines that fix the third axis may all lie beyond the 20th
   const int n = lines.count();
-  // When c is the shortest vector outside the zone, c ± a is no shorter: |P| ≤ q(a). Without this
-  // bound the flat, near-degenerate values win on support.
-  const double pMax = shortest ? std::min(2.0 * std::sqrt(qa * qc), qa + tol3) : 2.0 * std::sqrt(qa * qc);
+  // When c is the shortest vector outside the zone, c ± a is no shorter: |P| ≤ q(a); when the
+  // shortest line of its coset is missing c may be the second, c ± a the shortest: |P| ≤ 3 q(a).
+  // Without such a bound the flat, near-degenerate values win on support.
+  const double pMax = shortest ? std::min(2.0 * std::sqrt(qa * qc), 3.0 * qa + tol3) : 2.0 * std::sqrt(qa * qc);
   std::vector<CrossValue> values;
   for (int line = 0; line < n; ++line)
     for (int i = 1; i <= kMaxCrossIndex; ++i)
@@ -154,10 +165,19 @@ std::vector<Cluster> axisCrossTerms(double qa, double qc, const ItoLines& lines,
         if (l == 0) continue;
         const double il = i * l;
         const double p = (lines.q[static_cast<std::size_t>(line)] - i * i * qa - l * l * qc) / il;
-        if (std::abs(p) <= pMax) values.push_back({p, tol3 / std::abs(il), line});
+        // c and −c are one axis: only the size of P is known until the second cross term fixes
+        // their relative sign
+        if (std::abs(p) <= pMax) values.push_back({std::abs(p), tol3 / std::abs(il), line});
       }
-  std::vector<Cluster> found;
+  // An axis at right angles to the zone row (P = 0) is always tried, as the rectangular zone is:
+  // it is the common case, and its one or two supporting lines are easily outnumbered by chance.
+  std::vector<Cluster> found{{0.0, 0}};
   std::vector<bool> taken(values.size(), false);
+  for (std::size_t b = 0; b < values.size(); ++b) {
+    if (values[b].x > 2.0 * values[b].tol) continue;
+    taken[b] = true;
+    ++found.front().support;
+  }
   for (int round = 0; round < kClustersPerAxis; ++round) {
     int bestSupport = 0;
     double bestX = 0.0;
@@ -179,10 +199,91 @@ std::vector<Cluster> axisCrossTerms(double qa, double qc, const ItoLines& lines,
   return found;
 }
 
+// Clusters of the second cross term of a third axis c once the first is fixed: P2 = 2 b·c from
+// every line indexed as i·a + j·b + l·c with j, l ≠ 0, P1 = 2 a·c given. With a dominant zone
+// the lines on a single zone axis and c are few (often one), while the lines that need all
+// three vectors are most of the pattern: they fix the second cross term where the two-index
+// lines alone leave it among chance clusters of equal support.
+std::vector<Cluster> secondCrossTerm(double qa, double qb, double r, double qc, double p1, const ItoLines& lines,
+                                     double tol3, int keep) {
+  const double det = 4.0 * qa * qb - r * r;
+  if (det <= 0.0) return {};
+  const double pMax = qb + tol3;  // c is the shortest vector of its coset: |2 b·c| ≤ q(b)
+  std::vector<CrossValue> values;
+  for (int line = 0; line < lines.count(); ++line) {
+    const double q = lines.q[static_cast<std::size_t>(line)];
+    for (int l = 1; l <= kMaxCrossIndex; ++l) {
+      // the zone part of the vector is no longer than the whole line plus the c part
+      const double reach = q + l * l * qc;
+      const int iMax = std::min(kMaxThirdAxisIndex, static_cast<int>(std::sqrt(reach * 4.0 * qb / det)) + 1);
+      const int jMax = std::min(kMaxThirdAxisIndex, static_cast<int>(std::sqrt(reach * 4.0 * qa / det)) + 1);
+      for (int j = 1; j <= jMax; ++j)
+        for (int sj : {1, -1})
+          for (int i = -iMax; i <= iMax; ++i) {
+            const double jl = sj * j * l;
+            const double x = (q - i * i * qa - j * j * qb - sj * i * j * r - l * l * qc - i * l * p1) / jl;
+            if (std::abs(x) <= pMax) values.push_back({x, tol3 / std::abs(jl), line});
+          }
+    }
+  }
+  std::sort(values.begin(), values.end(), [](const CrossValue& a, const CrossValue& b) { return a.x < b.x; });
+  // windows of width tol3 slid over the sorted values, support counted in distinct lines: the
+  // values are many (every line with every index triple), so a pairwise clustering is too slow
+  std::vector<Cluster> found;
+  std::vector<bool> taken(values.size(), false);
+  std::vector<int> perLine(static_cast<std::size_t>(lines.count()), 0);
+  for (int round = 0; round < keep; ++round) {
+    std::fill(perLine.begin(), perLine.end(), 0);
+    int distinct = 0, bestSupport = 1;
+    std::size_t bestLo = 0, bestHi = 0;
+    std::size_t lo = 0;
+    for (std::size_t hi = 0; hi < values.size(); ++hi) {
+      if (taken[hi]) continue;
+      if (perLine[static_cast<std::size_t>(values[hi].line)]++ == 0) ++distinct;
+      while (values[hi].x - values[lo].x > tol3) {
+        if (!taken[lo] && --perLine[static_cast<std::size_t>(values[lo].line)] == 0) --distinct;
+        ++lo;
+      }
+      if (distinct > bestSupport) {
+        bestSupport = distinct;
+        bestLo = lo;
+        bestHi = hi;
+      }
+    }
+    if (bestSupport < 2) break;
+    double sw = 0.0, swx = 0.0;
+    for (std::size_t b = bestLo; b <= bestHi; ++b) {
+      if (taken[b]) continue;
+      const double w = 1.0 / (values[b].tol * values[b].tol);
+      sw += w;
+      swx += w * values[b].x;
+      taken[b] = true;
+    }
+    found.push_back({swx / sw, bestSupport});
+  }
+  return found;
+}
+
 struct Screened {
   ItoLattice lattice;
   int quickIndexed = 0;
+  int calculated = 0;  // distinct lines up to the 20th observed one
 };
+
+int calculatedCount(const ItoLattice& lattice, const ItoLines& lines, std::vector<CalculatedLine>& scratch) {
+  const double qLast = qFromQUnits(lines.q[static_cast<std::size_t>(lines.indexingCount() - 1)]);
+  calculatedLines(toAngstrom(lattice.metric), Centring::P, 1.003 * qLast, scratch);
+  // a trial is not exact: values closer than a quarter of the mean line tolerance are one line
+  // (the metric degeneracies of a high-symmetry cell are only near-equalities in its trial)
+  const double gap = 0.25 * qFromQUnits(lines.meanTolerance);
+  int count = 0;
+  double previous = -1.0;
+  for (const CalculatedLine& line : scratch) {
+    if (line.q - previous > gap) ++count;
+    previous = line.q;
+  }
+  return count;
+}
 
 int quickIndexedCount(const ReciprocalMetric& metricAngstrom, const ItoLines& lines) {
   int count = 0;
@@ -220,23 +321,45 @@ bool nearlySameCell(const CellParameters& a, const CellParameters& b) {
          std::abs(a.beta - b.beta) < 0.2 && std::abs(a.gamma - b.gamma) < 0.2;
 }
 
-std::vector<double> indexingTwoTheta(const ItoLines& lines) {
-  return {lines.twoTheta.begin(), lines.twoTheta.begin() + lines.indexingCount()};
-}
-
 // Ranking: the figure of merit weighted by the fourth power of the share of lines indexed. On
 // lines indexed first, a large cell that indexes everything with a poor figure would beat the true
 // cell leaving one impurity line out; on the figure alone a sub-cell indexing three quarters of
 // the lines would win.
+//
+// Each constant a higher symmetry ties weighs the figure by kTiedConstantWeight: a cell with more
+// free constants fits the noise of the lines better, so among figures of about the same size the
+// crystallographer's choice, the higher symmetry, comes first (a cubic pattern is indexed about
+// as well by orthorhombic and monoclinic cells of a half or a quarter of its volume, and a
+// lower-symmetry cell of the true one fits the noise better than the true metric).
 double rankingFigure(const ItoLattice& lattice) {
   const double share = static_cast<double>(lattice.indexed) / kItoIndexingLines;
-  return lattice.merit * share * share * share * share;
+  const int tied = kMaxMetricParameters - freeParameterCount(lattice.system);
+  return lattice.merit * share * share * share * share * std::pow(kTiedConstantWeight, tied);
 }
 
 bool better(const ItoLattice& a, const ItoLattice& b) {
   const double ra = rankingFigure(a), rb = rankingFigure(b);
   if (ra != rb) return ra > rb;
   return a.indexed > b.indexed;
+}
+
+// A sub-cell indexes the strong lines with a high figure and leaves the weak superstructure lines
+// out (corundum: the cell with half the c axis leaves three of the first 20). A super-cell of
+// index n that indexes more lines and keeps a comparable share of the figure, at least
+// kComparableMerit/n of it (n times the calculated lines would divide it by n), goes before it.
+void preferSuperCellsThatIndexMore(std::vector<ItoLattice>& ranked) {
+  for (std::size_t i = 0; i < ranked.size(); ++i) {
+    for (std::size_t j = i + 1; j < ranked.size(); ++j) {
+      const ItoLattice& sub = ranked[i];
+      const ItoLattice& super = ranked[j];
+      if (super.indexed <= sub.indexed) continue;
+      const int index = superCellIndex(sub.cell, sub.centring, super.cell, super.centring, kMaxSuperCellIndex, 5e-3);
+      if (index < 2 || super.merit < kComparableMerit * sub.merit / index) continue;
+      std::rotate(ranked.begin() + static_cast<std::ptrdiff_t>(i), ranked.begin() + static_cast<std::ptrdiff_t>(j),
+                  ranked.begin() + static_cast<std::ptrdiff_t>(j + 1));
+      break;
+    }
+  }
 }
 
 // One refinement in a given system and centring; the metric in Å⁻².
@@ -249,7 +372,9 @@ MetricRefinement refineIn(CrystalSystem system, Centring centring, const Recipro
   options.toleranceTwoTheta = toleranceFactor * parameters.tolg / 100.0;
   options.sigmaTwoTheta = parameters.tolg / 300.0;
   options.maxCycles = kRefinementCycles;
-  return refineMetric(indexingTwoTheta(lines), start, options);
+  // every line read (up to 40), not only the 20 that are scored: with a dominant zone the lines
+  // that fix the third axis and its cross terms lie mostly beyond the 20th
+  return refineMetric(lines.twoTheta, start, options);
 }
 
 bool systemWanted(CrystalSystem system, const ItoParameters& parameters) {
@@ -277,7 +402,7 @@ int preferenceOf(CrystalSystem system, const ItoParameters& parameters) {
 
 // Refines a reduced lattice, recognises its metric symmetry and refines again in that system.
 ItoLattice refineOne(const ItoLattice& start, const ItoLines& lines, const ItoParameters& parameters,
-                     double toleranceFactor, double axisDeviation) {
+                     double toleranceFactor, double axisDeviation, bool forceSymmetry) {
   ItoLattice result = start;
   const MetricRefinement free =
       refineIn(CrystalSystem::Triclinic, Centring::P, toAngstrom(start.metric), lines, parameters, toleranceFactor);
@@ -292,21 +417,28 @@ ItoLattice refineOne(const ItoLattice& start, const ItoLines& lines, const ItoPa
   result.centring = Centring::P;
   result.bravais = "aP";
 
-  const LatticeSymmetry symmetry = latticeSymmetry(reduced.cell, Centring::P, axisDeviation);
-  if (symmetry.system != CrystalSystem::Triclinic) {
+  // The highest metric symmetry within the axis deviation, refined in its system. A pseudo-
+  // symmetry the lines do not bear (the figure falls well below the free one's) gives way to the
+  // symmetry found with a tighter deviation, down to the free cell.
+  scoreLattice(result, lines);
+  const ItoLattice unconstrained = result;
+  for (double deviation = axisDeviation; deviation >= axisDeviation / 16.0; deviation /= 4.0) {
+    const LatticeSymmetry symmetry = latticeSymmetry(reduced.cell, Centring::P, deviation);
+    if (symmetry.system == CrystalSystem::Triclinic) break;
     const MetricRefinement constrained = refineIn(symmetry.system, symmetry.centring, metricFromCell(symmetry.conventional),
                                                   lines, parameters, toleranceFactor);
-    if (constrained.solved) {
-      ItoLattice candidate = result;
-      candidate.metric = toQUnits(constrained.metric);
-      candidate.cell = constrained.cell;
-      candidate.system = symmetry.system;
-      candidate.centring = symmetry.centring;
-      candidate.bravais = symmetry.bravaisSymbol();
-      scoreLattice(candidate, lines);
-      scoreLattice(result, lines);
-      if (candidate.indexed >= result.indexed) result = candidate;
-    }
+    if (!constrained.solved) continue;
+    ItoLattice candidate = unconstrained;
+    candidate.metric = toQUnits(constrained.metric);
+    candidate.cell = constrained.cell;
+    candidate.system = symmetry.system;
+    candidate.centring = symmetry.centring;
+    candidate.bravais = symmetry.bravaisSymbol();
+    scoreLattice(candidate, lines);
+    if (candidate.indexed < unconstrained.indexed) continue;
+    if (!forceSymmetry && candidate.merit < kComparableMerit * unconstrained.merit) continue;
+    result = candidate;
+    break;
   }
   result.volume = cellVolume(result.cell);
   scoreLattice(result, lines);
@@ -420,6 +552,13 @@ LatticeSearch combineZones(const std::vector<ItoZone>& zones, const ItoLines& li
               const ReciprocalMetric trial{zone.qa, zone.qb, qc, sign * c2.x, c1.x, zone.r};
               addLattice(trial, c1.support + c2.support, pedigree);
             }
+        // one cross term from the lines on a zone axis, the other from all lines that need it
+        for (const Cluster& c1 : p1)
+          for (const Cluster& c2 : secondCrossTerm(zone.qa, zone.qb, zone.r, qc, c1.x, lines, parameters.tol3, kSecondCrossTerms))
+            addLattice(ReciprocalMetric{zone.qa, zone.qb, qc, c2.x, c1.x, zone.r}, c1.support + c2.support, pedigree);
+        for (const Cluster& c2 : p2)
+          for (const Cluster& c1 : secondCrossTerm(zone.qb, zone.qa, zone.r, qc, c2.x, lines, parameters.tol3, kSecondCrossTerms))
+            addLattice(ReciprocalMetric{zone.qa, zone.qb, qc, c2.x, c1.x, zone.r}, c1.support + c2.support, pedigree);
       }
     }
   }
@@ -429,6 +568,28 @@ LatticeSearch combineZones(const std::vector<ItoZone>& zones, const ItoLines& li
     if (a.lattice.volume != b.lattice.volume) return a.lattice.volume < b.lattice.volume;
     return a.lattice.support > b.lattice.support;
   });
+  // Among the lattices that index as many lines, fewer calculated lines first: the smallest
+  // volume alone prefers the low-symmetry cells of about the true volume whose extra lines
+  // happen to fall on the observed ones (a cubic pattern is indexed by a dozen such cells, the
+  // cubic one with the fewest distinct lines).
+  if (screened.size() > static_cast<std::size_t>(kScreenedByCount)) screened.resize(kScreenedByCount);
+  std::vector<CalculatedLine> scratch;
+  for (Screened& s : screened) s.calculated = calculatedCount(s.lattice, lines, scratch);
+  std::stable_sort(screened.begin(), screened.end(), [](const Screened& a, const Screened& b) {
+    if (a.quickIndexed != b.quickIndexed) return a.quickIndexed > b.quickIndexed;
+    return a.calculated < b.calculated;
+  });
+  // The last places go on the share of lines indexed to the fourth power (as in the final
+  // ranking) over the calculated lines: a trial that leaves an impurity line out then still goes
+  // before the many oblique cells of several times the volume that index all 20 lines. On that
+  // figure alone, small cells that miss one line of a cubic pattern push the cubic cell out.
+  auto screenFigure = [](const Screened& s) {
+    const double share = s.quickIndexed / static_cast<double>(kItoIndexingLines);
+    return share * share * share * share / std::max(s.calculated, 1);
+  };
+  const auto firstPlaces = std::min<std::ptrdiff_t>(kRefinedOnLinesIndexed, static_cast<std::ptrdiff_t>(screened.size()));
+  std::stable_sort(screened.begin() + firstPlaces, screened.end(),
+                   [&](const Screened& a, const Screened& b) { return screenFigure(a) > screenFigure(b); });
   for (const Screened& s : screened) {
     if (static_cast<int>(search.lattices.size()) >= kRefinedLattices) break;
     search.lattices.push_back(s.lattice);
@@ -460,14 +621,14 @@ std::vector<ItoLattice> refineLattices(const std::vector<ItoLattice>& lattices, 
                                        const ItoParameters& parameters, std::vector<std::string>& notes) {
   std::vector<ItoLattice> kept;
   for (std::size_t n = 0; n < lattices.size(); ++n) {
-    ItoLattice refined = refineOne(lattices[n], lines, parameters, 1.0, kDefaultAxisDeviation);
+    ItoLattice refined = refineOne(lattices[n], lines, parameters, 1.0, kDefaultAxisDeviation, false);
     const std::string name = " lattice " + std::to_string(n + 1) + ": ";
     if (refined.singular) notes.push_back(name + "matrix is singular");
     // refpar2: a system marked +1 gets a second chance with twice the tolerance
     if (preferenceOf(refined.system, parameters) <= 0) {
       for (CrystalSystem preferred : {CrystalSystem::Orthorhombic, CrystalSystem::Monoclinic, CrystalSystem::Triclinic}) {
         if (preferenceOf(preferred, parameters) <= 0) continue;
-        ItoLattice second = refineOne(lattices[n], lines, parameters, 2.0, 3.0);
+        ItoLattice second = refineOne(lattices[n], lines, parameters, 2.0, 3.0, true);
         if (second.system == preferred) {
           second.preferred = true;
           if (second.indexed >= parameters.prntln && second.merit >= parameters.prntmr) kept.push_back(second);
@@ -498,6 +659,7 @@ std::vector<ItoLattice> refineLattices(const std::vector<ItoLattice>& lattices, 
     }
     if (!duplicate) distinct.push_back(lattice);
   }
+  preferSuperCellsThatIndexMore(distinct);
   return distinct;
 }
 

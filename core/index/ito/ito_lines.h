@@ -19,7 +19,11 @@ struct ItoLines {
   ItoInputKind kind = ItoInputKind::TwoTheta;
   std::vector<double> twoTheta;   // degrees, zero correction applied, ascending
   std::vector<double> q;          // q-units
-  std::vector<double> tolerance;  // q-units: ±tolg at the line's angle
+  // q-units: ±tolg at the line's angle. An angular error δ gives a q error 2·10⁴·δ/(λ·d) that
+  // grows as 1/λ at a given spacing; the tolerance follows it. tol2 and tol3 stay in q-units:
+  // scaled the same way they let chance clusters win at short wavelengths (measured, see the
+  // user guide), because the lines of a given spacing lie no further apart in q.
+  std::vector<double> tolerance;
   int dropped = 0;                // negative values
   int given = 0;                  // positive values before the 40-line cut
   std::vector<double> duplicates;  // input values given twice (the later one is dropped)
