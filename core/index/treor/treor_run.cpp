@@ -454,16 +454,21 @@ class TreorRunner {
   void refineCandidate(const Trial& trial, const std::string& family) {
     Refined best{trial.system, trial.metric, refineTrial(lines_, trial.system, trial.metric)};
     if (best.result.solved) best = smallestCell(trial.system, best);
+    report(best, trial.metric, family);
+  }
+
+  // Prints and stores a refined cell unless its lattice was refined before; false then.
+  bool report(Refined best, const ReciprocalMetric& trialMetric, const std::string& family) {
     const RefinedTrial& refined = best.result;
-    const ReciprocalMetric metric = refined.solved ? refined.refinement.metric : trial.metric;
+    const ReciprocalMetric metric = refined.solved ? refined.refinement.metric : trialMetric;
     const auto cell = cellFromMetric(metric);
-    if (!cell) return;
+    if (!cell) return false;
     // A lattice already refined in this run is not printed again; met again with another zero
     // correction, an accepted one still tells the stage that the zero is settled.
     for (const TreorCell& known : result_.cells)
       if (sameLattice(known.cell, Centring::P, *cell, Centring::P)) {
         if (known.accepted) stageAcceptedZeros_.push_back(known.zero);
-        return;
+        return false;
       }
     ++refinedInStage_;
     const Centring centring = countCentredLattice(best.system, best.result);
@@ -478,6 +483,7 @@ class TreorRunner {
       stored.metricSystem = latticeSymmetry(stored.cell, Centring::P).system;
     }
     result_.cells.push_back(stored);
+    return true;
   }
 
   void accept(CrystalSystem system, const ReciprocalMetric& metric, TreorCell& stored) {

@@ -151,11 +151,13 @@ std::vector<LabelRow> TrialSearch::filterLabels(CrystalSystem system, const std:
   return out;
 }
 
-int TrialSearch::indexedTestLines(const ReciprocalMetric& metric, int required) const {
+int TrialSearch::indexedTestLines(const ReciprocalMetric& metric, int required, const std::vector<int>& solved) const {
   const int n = std::min<int>(problem_.testLines, static_cast<int>(problem_.q.size()));
   const int allowedMisses = n - required;
   int misses = 0;
+  // The lines the trial was solved from are indexed by construction.
   for (int i = 0; i < n; ++i) {
+    if (std::find(solved.begin(), solved.end(), i) != solved.end()) continue;
     if (!hasLineWithin(metric, Centring::P, problem_.q[i], windowOf(i)) && ++misses > allowedMisses)
       return n - misses;
   }
@@ -181,7 +183,7 @@ bool TrialSearch::admit(Trial& trial) {
   if (volume < problem_.minVolume || volume > maxVolume_) return false;
   if (std::max(cell->beta, 180.0 - cell->beta) > problem_.maxBeta) return false;
   if (!seen_.insert(cellKey(m)).second) return false;
-  trial.iq = indexedTestLines(m, printThreshold_);
+  trial.iq = indexedTestLines(m, printThreshold_, trial.lines);
   if (trial.iq < printThreshold_) return false;
   return problem_.fitWindow.empty() || refitOnTestLines(trial);
 }

@@ -88,8 +88,9 @@ class TrialSearch {
                       const TrialSink& sink, const std::vector<double>* qOverride = nullptr,
                       bool admitTrial = true);
 
-  // Test lines indexed by a metric within the trial window (stops early once IQ is out of reach).
-  int indexedTestLines(const ReciprocalMetric& metric, int required) const;
+  // Test lines indexed by a metric within the trial window (stops early once IQ is out of reach);
+  // `solved` are lines the metric was solved from.
+  int indexedTestLines(const ReciprocalMetric& metric, int required, const std::vector<int>& solved = {}) const;
   // First test lines (0-based) that the metric leaves unindexed.
   std::vector<int> unindexedTestLines(const ReciprocalMetric& metric, int count) const;
 
