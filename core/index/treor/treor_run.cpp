@@ -19,7 +19,7 @@ namespace {
 
 constexpr double kReferenceWavelength = 1.5406;
 constexpr int kMaxTrialLines = 25;  // lines used in trials and refinement
-constexpr int kMaxRefinementsPerStage = 60;
+constexpr int kMaxRefinementsPerPass = 60;  // of one zero correction of a stage, smallest cells first
 // Monoclinic and triclinic cells are checked for finer lattices up to this index.
 constexpr int kMaxSubCellIndex = 6;
 // Trial cells with more calculated lines than this many times the test lines are not refined
@@ -284,7 +284,7 @@ class TreorRunner {
     if (shell_) shell_->progress(from, stageName_);
     out(" ");
     out(" ** " + name + " TEST");
-    refinedInStage_ = 0;
+    refinedInPass_ = 0;
     passesInStage_ = 0;
     volumeLimit_ = std::abs(k_.vol);
     out(" MAX. VOLUME=" + formatF(volumeLimit_, 10, 1));
@@ -299,7 +299,7 @@ class TreorRunner {
         out(" ZERO CORRECTION OF THE LINES =" + formatF(zero, 7, 3) + " DEG 2THETA");
       }
       useZeroCorrection(zero);
-      refinedInStage_ = 0;
+      refinedInPass_ = 0;
       search_->beginStage(volumeLimit_, printIq_);
       stage();
       refinePending();
@@ -367,7 +367,7 @@ class TreorRunner {
       return cellVolume(x.trial.metric) < cellVolume(y.trial.metric);
     });
     for (const PendingTrial& p : pending_) {
-      if (refinedInStage_ >= kMaxRefinementsPerStage || !search_->keepGoing()) break;
+      if (refinedInPass_ >= kMaxRefinementsPerPass || !search_->keepGoing()) break;
       refineCandidate(p.trial, p.family);
     }
     pending_.clear();
@@ -470,7 +470,7 @@ class TreorRunner {
         if (known.accepted) stageAcceptedZeros_.push_back(known.zero);
         return false;
       }
-    ++refinedInStage_;
+    ++refinedInPass_;
     const Centring centring = countCentredLattice(best.system, best.result);
     printRefinement(result_.report, lines_, best.system, &best.start, refined, centring);
     TreorCell stored{best.system, family, *cell, centring, cellVolume(*cell), refined.figure.m, refined.figure.unindexed, false};
@@ -853,7 +853,7 @@ class TreorRunner {
   double volumeLimit_ = 0;
   std::string stageName_;
   double stageFrom_ = 0, stageTo_ = 0;  // progress at the start and the end of the stage
-  int refinedInStage_ = 0, passesInStage_ = 0, accepted_ = 0;
+  int refinedInPass_ = 0, passesInStage_ = 0, accepted_ = 0;
   double bestAcceptedMerit_ = 0;
   std::vector<double> stageAcceptedZeros_;  // refined zeros of the cells accepted in this stage
   int passIndex_ = 0;                       // the zero correction the stage is at
