@@ -353,10 +353,12 @@ class TreorRunner {
     // The low-symmetry searches meet super-cells along no single axis (a monoclinic cell of three
     // or five times the volume); they are queued as the finer lattice, so that the ordering by
     // volume below does not put them last.
-    if (trial.system == CrystalSystem::Monoclinic || trial.system == CrystalSystem::Triclinic)
-      pending_.push_back({search_->finestSubLattice(trial, kMaxSubCellIndex), family});
-    else
-      pending_.push_back({trial, family});
+    // The trial itself stays queued: weak lines of the larger cell may be real.
+    if (trial.system == CrystalSystem::Monoclinic || trial.system == CrystalSystem::Triclinic) {
+      const Trial finer = search_->finestSubLattice(trial, kMaxSubCellIndex);
+      if (finer.system != trial.system) pending_.push_back({finer, family});
+    }
+    pending_.push_back({trial, family});
   }
 
   // The trials of a pass that reached IQ, refined smallest cell first: a large cell indexes many
