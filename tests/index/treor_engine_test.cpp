@@ -8,6 +8,7 @@
 #include "core/common/text_file.h"
 #include "core/index/benchmark/indexing_matrix.h"
 #include "core/index/lattice/synthetic_lines.h"
+#include "core/index/lattice/units.h"
 #include "core/index/treor/treor_candidates.h"
 #include "core/index/treor/treor_engine.h"
 #include "core/index/treor/treor_solutions.h"
@@ -24,10 +25,12 @@ struct SyntheticCell {
 };
 
 // Lines as measured: 0.01° noise, a 0.02° zero error and one impurity line among the first 25.
-IndexingCase syntheticCase(const SyntheticCell& s) {
+IndexingCase syntheticCase(const SyntheticCell& s, double noise = 0.01, double zero = 0.02, double wavelength = 1.5406) {
   SyntheticLineOptions o;
-  o.noise = 0.01;
-  o.zero = 0.02;
+  o.noise = noise;
+  o.zero = zero;
+  o.wavelength = wavelength;
+  o.maxTwoTheta = 2.0 * std::asin(std::min(1.0, wavelength / (2.0 * 1.09))) / kDegree;  // d down to 1.09 Å
   o.impurities = 1;
   o.maxLines = 25;
   o.seed = 7;
@@ -36,6 +39,7 @@ IndexingCase syntheticCase(const SyntheticCell& s) {
   c.system = s.system;
   c.knownCell = s.cell;
   c.centring = s.centring;
+  c.wavelength = wavelength;
   c.twoTheta = syntheticLines(s.cell, s.centring, o);
   return c;
 }
@@ -61,6 +65,36 @@ TEST(TreorEngine, FindsTheCellOfEachCrystalSystem) {
     const IndexingCase c = syntheticCase(s);
     const TreorResult result = runTreor(treorInputFor(c), nullptr);
     EXPECT_TRUE(knownCellFound(c, acceptedCandidates(result), 4)) << s.name << "\n" << reportText(result);
+  }
+}
+
+// A zero error of 0.05° is a relative error of up to 1 % in q at the base lines; the stages try
+// corrected lines and the least squares refine the zero, which the report prints under the cell.
+TEST(TreorEngine, ZeroErrorOfTheLinesIsCorrectedAndReported) {
+  const SyntheticCell cells[] = {
+      {"tetragonal P, 1630 Å³", CrystalSystem::Tetragonal, {11.2554, 11.2554, 12.9024, 90, 90, 90}, Centring::P},
+      {"hexagonal P", CrystalSystem::Hexagonal, {5.4, 5.4, 9.8, 90, 90, 120}, Centring::P},
+      {"orthorhombic P", CrystalSystem::Orthorhombic, {9.61, 6.17, 4.45, 90, 90, 90}, Centring::P},
+  };
+  for (const SyntheticCell& s : cells) {
+    const IndexingCase c = syntheticCase(s, 0.01, 0.05);
+    const TreorResult result = runTreor(treorInputFor(c), nullptr);
+    const auto accepted = rankedAcceptedCells(result.cells);
+    ASSERT_FALSE(accepted.empty()) << s.name;
+    EXPECT_TRUE(knownCellFound(c, acceptedCandidates(result), 2)) << s.name;
+    EXPECT_NEAR(accepted.front()->zero, 0.05, 0.02) << s.name;
+    EXPECT_NE(reportText(result).find("\n   ZERO =  0.0"), std::string::npos) << s.name;
+  }
+}
+
+// Noise of 0.02° and the small angles of a 0.40 Å pattern: the trial windows follow the angular
+// errors of the base lines and of each test line.
+TEST(TreorEngine, TrialWindowsHoldNoiseAndShortWavelengths) {
+  const SyntheticCell first{"orthorhombic P", CrystalSystem::Orthorhombic, {7.517, 5.286, 4.913, 90, 90, 90}, Centring::P};
+  const SyntheticCell second{"orthorhombic P", CrystalSystem::Orthorhombic, {9.61, 6.17, 4.45, 90, 90, 90}, Centring::P};
+  for (const IndexingCase& c : {syntheticCase(first, 0.02, 0.0), syntheticCase(second, 0.01, 0.0, 0.40)}) {
+    const TreorResult result = runTreor(treorInputFor(c), nullptr);
+    EXPECT_TRUE(knownCellFound(c, acceptedCandidates(result), 2)) << c.name << " at " << c.wavelength << " Å";
   }
 }
 

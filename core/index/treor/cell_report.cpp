@@ -54,6 +54,13 @@ std::string cellLine(const CellParameters& c) {
 
 }  // namespace
 
+std::vector<double> zeroCorrectedQ(const ObservedLines& lines, double zero) {
+  if (zero == 0) return lines.q;
+  std::vector<double> q;
+  for (const double value : lines.q) q.push_back(qFromTwoTheta(twoThetaFromQ(value, lines.wavelength) - zero, lines.wavelength));
+  return q;
+}
+
 RefinedTrial refineTrial(const ObservedLines& lines, CrystalSystem system, const ReciprocalMetric& start,
                          int maxCycles) {
   RefinedTrial result;
@@ -63,11 +70,20 @@ RefinedTrial refineTrial(const ObservedLines& lines, CrystalSystem system, const
   options.toleranceTwoTheta = refineToleranceTwoTheta(lines);
   options.sigmaTwoTheta = 0.01;
   options.maxCycles = maxCycles;
+  options.refineZero = true;
+  options.zeroBound = kRefinedZeroBound;
   const auto twoTheta = firstLines(lines.twoTheta, lines.refineLines);
   result.refinement = refineMetric(twoTheta, start, options);
+  // A zero within three standard deviations of nothing only takes up misfit (with a large cell
+  // and all lines at low angles the zero and the cell edges are nearly the same parameter).
+  const MetricRefinement& r = result.refinement;
+  if (r.solved && !(r.esdsAvailable && std::abs(r.zero) > kSignificantZero * r.zeroSigma)) {
+    options.refineZero = false;
+    result.refinement = refineMetric(twoTheta, start, options);
+  }
   result.solved = result.refinement.solved;
   const ReciprocalMetric& metric = result.solved ? result.refinement.metric : start;
-  const auto q = firstLines(lines.q, 20);
+  const auto q = firstLines(zeroCorrectedQ(lines, result.solved ? result.refinement.zero : 0.0), 20);
   const std::vector<double> tolerance(q.size(), lines.refineTolerance);
   result.figure = deWolffFigure(q, tolerance, metric, Centring::P);
   return result;
@@ -84,13 +100,18 @@ void printCellBlock(std::vector<std::string>& out, const CellParameters& c, cons
   out.push_back("   UNIT CELL VOLUME =" + formatF(volume, 10, 2) + " A**3");
 }
 
+std::string zeroLine(double zero, double sigma) {
+  return "   ZERO =" + formatF(zero, 10, 6) + formatF(sigma, 10, 6) + " DEG 2THETA (TRUE ANGLE = OBSERVED - ZERO)";
+}
+
 std::string meritLine(double m20, int unindexed) {
   return " M-TEST=" + formatI(nint(std::min(m20, 99999.0)), 5) + " UNINDEXED IN THE TEST=" + formatI(unindexed, 5);
 }
 
 void printRefinement(std::vector<std::string>& out, const ObservedLines& lines, CrystalSystem system,
-                     const ReciprocalMetric* start, const RefinedTrial& result) {
+                     const ReciprocalMetric* start, const RefinedTrial& result, Centring centring) {
   const MetricRefinement& r = result.refinement;
+  if (!result.solved && !start) return;  // nothing to tabulate
   if (start) {
     out.push_back("");
     out.push_back(" NOT REFINED UNIT CELL");
@@ -99,14 +120,17 @@ void printRefinement(std::vector<std::string>& out, const ObservedLines& lines, 
   out.push_back(" REFINEMENT CYCLES =" + formatI(r.cycles, 3) + "   INDEXED LINES IN THE REFINEMENT =" +
                 formatI(r.indexedLines, 4));
   const ReciprocalMetric& metric = result.solved ? r.metric : *start;
-  // The line table covers every observed line, each given its nearest calculated line in D2.
+  const double zero = result.solved ? r.zero : 0.0;
+  const std::vector<double> corrected = zeroCorrectedQ(lines, zero);
+  // The line table covers every observed line, each given its nearest calculated line in D2;
+  // SST-OBS and DELTA are taken after the zero correction, 2TH-OBS is the angle measured.
   out.push_back("");
   out.push_back("    M   H   K   L    SST-OBS   SST-CALC     DELTA   2TH-OBS  2TH-CALC    D-OBS  FREE PARAM.");
   int single = 0, indexed = 0;
   double sumEps = 0;
   const double lambda = lines.wavelength;
   for (std::size_t i = 0; i < lines.q.size(); ++i) {
-    const double q = lines.q[i];
+    const double q = corrected[i];
     const auto nearest = nearestLineWithin(metric, Centring::P, q, lines.refineTolerance);
     std::string row;
     if (nearest) {
@@ -126,11 +150,12 @@ void printRefinement(std::vector<std::string>& out, const ObservedLines& lines, 
       sumEps += std::abs(sstObs - sstCalc);
       row = formatI(distinct, 5) + formatI(nearest->h, 4) + formatI(nearest->k, 4) + formatI(nearest->l, 4) +
             formatF(sstObs, 11, 6) + formatF(sstCalc, 11, 6) + formatF(sstObs - sstCalc, 10, 6) +
-            formatF(lines.twoTheta[i], 10, 3) + formatF(twoThetaFromQ(nearest->q, lambda), 10, 3) +
+            formatF(lines.twoTheta[i] + lines.correction, 10, 3) +
+            formatF(twoThetaFromQ(nearest->q, lambda) + zero + lines.correction, 10, 3) +
             formatF(dFromQ(q), 9, 5) + formatF(lines.given[i], 12, 4);
     } else {
       const double sstObs = sinSquaredTheta(q, lambda);
-      row = std::string(17, ' ') + formatF(sstObs, 11, 6) + std::string(21, ' ') + formatF(lines.twoTheta[i], 10, 3) +
+      row = std::string(17, ' ') + formatF(sstObs, 11, 6) + std::string(21, ' ') + formatF(lines.twoTheta[i] + lines.correction, 10, 3) +
             std::string(10, ' ') + formatF(dFromQ(q), 9, 5) + formatF(lines.given[i], 12, 4);
     }
     out.push_back(row);
@@ -143,10 +168,15 @@ void printRefinement(std::vector<std::string>& out, const ObservedLines& lines, 
   out.push_back(" AV.EPS.=" + formatF(indexed ? sumEps / indexed : 0.0, 10, 7));
   const auto cell = cellFromMetric(metric);
   if (cell) printCellBlock(out, *cell, r.cellSigmas, cellVolume(*cell));
+  // The zero is printed when the lines were corrected or a significant zero was refined.
+  if (result.solved && lines.correction + r.zero != 0) out.push_back(zeroLine(lines.correction + r.zero, r.zeroSigma));
   out.push_back("");
   out.push_back(" NUMBER OF SINGLE INDEXED LINES =" + formatI(single, 4));
   out.push_back(" TOTAL NUMBER OF LINES =" + formatI(static_cast<long>(lines.q.size()), 4));
   out.push_back("");
+  if (centring != Centring::P)
+    out.push_back(std::string(" THE LINES OBEY LATTICE CENTRING ") + centringLetter(centring) +
+                  ": M20 COUNTS THE REFLECTIONS OF THAT LATTICE");
   out.push_back(meritLine(result.figure.m, result.figure.unindexed));
   // Warnings on the refined cell.
   if (r.indexedLines <= freeParameterCount(system)) out.push_back(" NUMBER OF EQ LESS THAN NUMBER OF PARAMETERS");

@@ -5,14 +5,7 @@
 namespace quarvel {
 
 std::vector<CandidateCell> acceptedCandidates(const TreorResult& result) {
-  std::vector<const TreorCell*> accepted;
-  for (const TreorCell& cell : result.cells)
-    if (cell.accepted) accepted.push_back(&cell);
-  std::stable_sort(accepted.begin(), accepted.end(), [](const TreorCell* x, const TreorCell* y) {
-    if (x->m20 != y->m20) return x->m20 > y->m20;
-    if (x->unindexed != y->unindexed) return x->unindexed < y->unindexed;
-    return x->volume < y->volume;
-  });
+  const std::vector<const TreorCell*> accepted = rankedAcceptedCells(result.cells);
   std::vector<CandidateCell> out;
   // A cell whose lines obey a centring is offered as that lattice first and as refined (primitive)
   // next: a few lines can fake a centring, and the cell the report prints is the primitive one.

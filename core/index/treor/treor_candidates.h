@@ -9,8 +9,8 @@
 
 namespace quarvel {
 
-// Accepted cells of a run, best M20 first (fewer unindexed lines, then the smaller volume, on
-// equal M20); a cell with a likely centring comes as the centred and as the primitive lattice.
+// Accepted cells of a run, best first (rankedAcceptedCells); a cell with a likely centring comes
+// as the centred and as the primitive lattice.
 std::vector<CandidateCell> acceptedCandidates(const TreorResult& result);
 
 // The input a job would write for these lines: 2θ, the problem's wavelength, default limits.

@@ -9,6 +9,7 @@
 #include "core/common/numbers.h"
 #include "core/index/lattice/calculated_lines.h"
 #include "core/index/lattice/lattice_relations.h"
+#include "core/index/lattice/lattice_symmetry.h"
 #include "core/index/lattice/units.h"
 #include "core/index/treor/cell_report.h"
 
@@ -18,7 +19,7 @@ namespace {
 
 constexpr double kReferenceWavelength = 1.5406;
 constexpr int kMaxTrialLines = 25;  // lines used in trials and refinement
-constexpr int kMaxRefinementsPerStage = 60;
+constexpr int kMaxRefinementsPerPass = 60;  // of one zero correction of a stage, smallest cells first
 // Monoclinic and triclinic cells are checked for finer lattices up to this index.
 constexpr int kMaxSubCellIndex = 6;
 // Trial cells with more calculated lines than this many times the test lines are not refined
@@ -42,13 +43,29 @@ double qFromGiven(double value, int choice, double wavelength) {
   }
 }
 
-// The windows are sin²θ values calibrated for Cu Kα; at other wavelengths the default windows
-// are scaled to keep the same window in q. A value the user chose is taken as it is.
+// The windows are sin²θ values calibrated for Cu Kα. They have to hold the angular errors of a
+// line (noise, a zero error), and an error δ in 2θ moves sin²θ by ½ sin 2θ δ ≈ sin θ δ: at the
+// same d, sin θ and so the sin²θ error grow in proportion to λ. The default windows are therefore
+// scaled by λ/λ(Cu), which keeps their width in 2θ at a given d. (Scaling by the square of that
+// ratio would keep the width in d instead and leave short-wavelength windows far narrower than
+// the angular errors.) A value the user chose is taken as it is.
 double effectiveWindow(double value, double defaultValue, double wavelength) {
   if (value != defaultValue || (wavelength > 1.3 && wavelength < 1.8)) return value;
-  const double ratio = wavelength / kReferenceWavelength;
-  return value * ratio * ratio;
+  return value * wavelength / kReferenceWavelength;
 }
+
+// Zero corrections of 2θ (degrees) the stages try in turn while they accept no cell whose refined
+// zero agrees with the correction: a zero error of a few hundredths of a degree is a relative
+// error of up to 1 % in q at the low-angle base lines, which the trial cell carries to every
+// test line far beyond the trial window. The refinement takes up what remains (within
+// kRefinedZeroBound), so the steps need only bring the base lines close.
+constexpr double kZeroCorrections[] = {0.0, 0.05, -0.05, 0.10, -0.10};
+// An accepted cell whose refined zero stays within this of the correction tried ends the tries.
+constexpr double kZeroSettled = 0.025;
+// An accepted cell with M20 this many times MERIT ends the run when KS or THS say so.
+constexpr double kConvincingMerit = 2.0;
+// Angular error (degrees 2θ) of the lines that the trial windows allow for at the default D1.
+constexpr double kTrialAngularError = 0.02;
 
 std::string keywordLine(const std::string& name, const std::string& value) { return " " + name + value; }
 
@@ -92,7 +109,10 @@ class TreorRunner {
     return std::move(result_);
   }
 
-  bool stop(int switchValue) const { return accepted_ > 0 && switchValue != 0; }
+  // KS and THS end the run after a stage that accepted a convincing cell. A cell just above
+  // MERIT may be a large cell of a higher system that reaches MERIT on lines a small cell of a
+  // lower system indexes far better; the next stages then run and the ranking decides.
+  bool stop(int switchValue) const { return switchValue != 0 && bestAcceptedMerit_ >= kConvincingMerit * k_.merit; }
 
   void header() {
     out(" ");
@@ -187,6 +207,49 @@ class TreorRunner {
     for (int i = 0; i < static_cast<int>(problem_.q.size()); ++i)
       if (!flagged_[i]) base_.push_back(i);
     if (k_.select > 0 && k_.select <= static_cast<int>(problem_.q.size())) selected_ = k_.select - 1;
+    observed_ = lines_;
+  }
+
+  // A cell accepted in this stage whose refined zero is one of the corrections tried: the
+  // trials have seen the lines with their zero error taken off.
+  bool zeroSettled(const std::vector<double>& tried) const {
+    for (const double accepted : stageAcceptedZeros_)
+      for (const double zero : tried)
+        if (std::abs(accepted - zero) <= kZeroSettled) return true;
+    return false;
+  }
+
+  // The lines with a zero correction taken off their angles, for the trials and the refinement.
+  void useZeroCorrection(double zero) {
+    lines_ = observed_;
+    lines_.correction = zero;
+    if (zero != 0) {
+      lines_.q = zeroCorrectedQ(observed_, zero);
+      for (double& t : lines_.twoTheta) t -= zero;
+    }
+    problem_.q.assign(lines_.q.begin(), lines_.q.begin() + static_cast<std::ptrdiff_t>(problem_.q.size()));
+    setTrialWindows(problem_);
+    search_->setObservedLines(problem_);
+  }
+
+  // A trial cell solved exactly from base lines carries their errors: an angular error δ of a
+  // base line at θ is a relative error of about δ·cot θ in its q, which the cell passes on to a
+  // test line as that relative error of the test line's q, largest for the lowest line. The test
+  // line's own error adds ½ sin 2θ δ in sin²θ. The search window is D1 plus both for the angular
+  // error D1 stands for (kTrialAngularError at the default D1), so that noise and what is left of
+  // a zero error after the zero corrections stay inside it at every angle. A trial that passes is
+  // fitted to its test lines with a zero, and then only the line's own error widens D1.
+  void setTrialWindows(TrialProblem& p) const {
+    const double lambda = lines_.wavelength;
+    const double delta = kTrialAngularError * kDegree * (k_.d1 / 0.0002);
+    p.window.clear(), p.fitWindow.clear(), p.slope.clear();
+    for (const double q : p.q) p.slope.push_back(qSlopePerRadian(twoThetaFromQ(q, lambda), lambda));
+    const double relativeBase = p.slope.front() / p.q.front();
+    for (std::size_t i = 0; i < p.q.size(); ++i) {
+      p.window.push_back(p.tolerance + delta * (p.slope[i] + relativeBase * p.q[i]));
+      p.fitWindow.push_back(p.tolerance + delta * p.slope[i]);
+    }
+    p.zeroBound = kRefinedZeroBound * kDegree;
   }
 
   void echoParameters() {
@@ -221,18 +284,36 @@ class TreorRunner {
     if (shell_) shell_->progress(from, stageName_);
     out(" ");
     out(" ** " + name + " TEST");
-    refinedInStage_ = 0;
+    refinedInPass_ = 0;
     passesInStage_ = 0;
     volumeLimit_ = std::abs(k_.vol);
     out(" MAX. VOLUME=" + formatF(volumeLimit_, 10, 1));
-    search_->beginStage(volumeLimit_, printIq_);
-    stage();
+    stageAcceptedZeros_.clear();
+    std::vector<double> tried;
+    for (const double zero : kZeroCorrections) {
+      if (zeroSettled(tried) || !search_->keepGoing()) break;
+      passIndex_ = static_cast<int>(tried.size());
+      tried.push_back(zero);
+      if (zero != 0) {
+        out(" ");
+        out(" ZERO CORRECTION OF THE LINES =" + formatF(zero, 7, 3) + " DEG 2THETA");
+      }
+      useZeroCorrection(zero);
+      refinedInPass_ = 0;
+      search_->beginStage(volumeLimit_, printIq_);
+      stage();
+      refinePending();
+    }
+    useZeroCorrection(0.0);
   }
 
   // Before base-line set `index` of `count` in the current stage: reports progress and asks
   // whether the user interrupted; false to stop.
   bool nextSet(std::size_t index, std::size_t count) {
-    if (shell_) shell_->progress(stageFrom_ + (stageTo_ - stageFrom_) * index / count, stageName_);
+    // Each zero correction is a share of the stage.
+    constexpr double passes = std::size(kZeroCorrections);
+    const double done = (passIndex_ + static_cast<double>(index) / static_cast<double>(count)) / passes;
+    if (shell_) shell_->progress(stageFrom_ + (stageTo_ - stageFrom_) * done, stageName_);
     return search_->keepGoing();
   }
 
@@ -268,9 +349,30 @@ class TreorRunner {
     if (trial.iq < problem_.iqRequired) return;
     ++passesInStage_;
     ++familyCounts_[family];
-    if (refinedInStage_ >= kMaxRefinementsPerStage) return;
     if (tooManyCalculatedLines(trial.metric)) return;
-    refineCandidate(trial, family);
+    // The low-symmetry searches meet super-cells along no single axis (a monoclinic cell of three
+    // or five times the volume); they are queued as the finer lattice, so that the ordering by
+    // volume below does not put them last.
+    // The trial itself stays queued: weak lines of the larger cell may be real.
+    if (trial.system == CrystalSystem::Monoclinic || trial.system == CrystalSystem::Triclinic) {
+      const Trial finer = search_->finestSubLattice(trial, kMaxSubCellIndex);
+      if (finer.system != trial.system) pending_.push_back({finer, family});
+    }
+    pending_.push_back({trial, family});
+  }
+
+  // The trials of a pass that reached IQ, refined smallest cell first: a large cell indexes many
+  // lines by chance, and of two cells that index the same lines the smaller one is the better
+  // description, so the refinements the stage allows go to the small cells.
+  void refinePending() {
+    std::stable_sort(pending_.begin(), pending_.end(), [](const PendingTrial& x, const PendingTrial& y) {
+      return cellVolume(x.trial.metric) < cellVolume(y.trial.metric);
+    });
+    for (const PendingTrial& p : pending_) {
+      if (refinedInPass_ >= kMaxRefinementsPerPass || !search_->keepGoing()) break;
+      refineCandidate(p.trial, p.family);
+    }
+    pending_.clear();
   }
 
   // A cell with many more calculated lines than observed ones indexes almost anything.
@@ -315,12 +417,24 @@ class TreorRunner {
   // The low-symmetry searches also meet super-cells along no single axis (a monoclinic cell of
   // three or five times the volume). Every lattice finer by index 2 to 6 is refined without
   // constraints; the best one that raises M20 by half and stays within NIX replaces the cell.
+  // A finer lattice keeps only some of the cell's lines, so most are ruled out by counting the
+  // first lines they leave unindexed before any refinement.
   Refined finestSubCell(Refined current) const {
     const Mat3 g = current.result.refinement.metric.tensor();
+    std::vector<double> q = zeroCorrectedQ(lines_, current.result.refinement.zero);
+    q.resize(std::min<std::size_t>(20, q.size()));
+    const int allowed = std::max(current.result.figure.unindexed, k_.nix);
+    auto indexesEnough = [&](const ReciprocalMetric& m) {
+      int misses = 0;
+      for (const double value : q)
+        if (!hasLineWithin(m, Centring::P, value, lines_.refineTolerance) && ++misses > allowed) return false;
+      return true;
+    };
     Refined best = current;
     for (int n = 2; n <= kMaxSubCellIndex; ++n)
       for (const Mat3& h : hermiteNormalForms(n)) {
         const ReciprocalMetric m = ReciprocalMetric::fromTensor(transpose(h) * g * h);
+        if (!indexesEnough(m)) continue;
         RefinedTrial sub = refineTrial(lines_, CrystalSystem::Triclinic, m);
         if (!sub.solved || sub.figure.unindexed > std::max(current.result.figure.unindexed, k_.nix) ||
             sub.figure.m < 1.5 * best.result.figure.m)
@@ -342,22 +456,36 @@ class TreorRunner {
   void refineCandidate(const Trial& trial, const std::string& family) {
     Refined best{trial.system, trial.metric, refineTrial(lines_, trial.system, trial.metric)};
     if (best.result.solved) best = smallestCell(trial.system, best);
+    report(best, trial.metric, family);
+  }
+
+  // Prints and stores a refined cell unless its lattice was refined before; false then.
+  bool report(Refined best, const ReciprocalMetric& trialMetric, const std::string& family) {
     const RefinedTrial& refined = best.result;
-    const ReciprocalMetric metric = refined.solved ? refined.refinement.metric : trial.metric;
+    const ReciprocalMetric metric = refined.solved ? refined.refinement.metric : trialMetric;
     const auto cell = cellFromMetric(metric);
-    if (!cell) return;
-    // A lattice already refined in this run is not printed again.
+    if (!cell) return false;
+    // A lattice already refined in this run is not printed again; met again with another zero
+    // correction, an accepted one still tells the stage that the zero is settled.
     for (const TreorCell& known : result_.cells)
-      if (sameLattice(known.cell, Centring::P, *cell, Centring::P)) return;
-    ++refinedInStage_;
-    printRefinement(result_.report, lines_, best.system, &best.start, refined);
-    TreorCell stored{best.system, family, *cell, Centring::P, cellVolume(*cell), refined.figure.m, refined.figure.unindexed, false};
+      if (sameLattice(known.cell, Centring::P, *cell, Centring::P)) {
+        if (known.accepted) stageAcceptedZeros_.push_back(known.zero);
+        return false;
+      }
+    ++refinedInPass_;
+    const Centring centring = countCentredLattice(best.system, best.result);
+    printRefinement(result_.report, lines_, best.system, &best.start, refined, centring);
+    TreorCell stored{best.system, family, *cell, centring, cellVolume(*cell), refined.figure.m, refined.figure.unindexed, false};
+    stored.zero = lines_.correction + refined.refinement.zero;
     stored.accepted = stored.m20 >= k_.merit && stored.unindexed <= k_.nix;
     if (stored.accepted) {
       accept(best.system, metric, stored);
-      stored.centring = latticeCentring(best.system, metricFromCell(stored.cell), stored.unindexed);
+      stageAcceptedZeros_.push_back(stored.zero);
+      bestAcceptedMerit_ = std::max(bestAcceptedMerit_, stored.m20);
+      stored.metricSystem = latticeSymmetry(stored.cell, Centring::P).system;
     }
     result_.cells.push_back(stored);
+    return true;
   }
 
   void accept(CrystalSystem system, const ReciprocalMetric& metric, TreorCell& stored) {
@@ -366,17 +494,37 @@ class TreorRunner {
     out(" ***** YOU HAVE GOT AN INTERESTING RESULT !!! *****");
     out(" THE REFINEMENT OF THE CELL WILL NOW BE REPEATED");
     out(" THREE CYCLES MORE. --- GOOD LUCK !");
-    const RefinedTrial again = refineTrial(lines_, system, metric, 3);
-    printRefinement(result_.report, lines_, system, nullptr, again);
+    RefinedTrial again = refineTrial(lines_, system, metric, 3);
+    const double primitiveMerit = again.figure.m;  // the symmetry tests compare primitive cells
+    const Centring centring = countCentredLattice(system, again);
+    printRefinement(result_.report, lines_, system, nullptr, again, centring);
+    stored.centring = centring;
     if (again.solved) {
       if (const auto cell = cellFromMetric(again.refinement.metric)) {
         stored.cell = *cell;
         stored.volume = cellVolume(*cell);
         stored.m20 = again.figure.m;
         stored.unindexed = again.figure.unindexed;
+        stored.zero = lines_.correction + again.refinement.zero;
       }
     }
-    printCellAnalysis(result_.report, lines_, stored.cell, stored.m20);
+    printCellAnalysis(result_.report, lines_, stored.cell, again.solved ? primitiveMerit : stored.m20);
+  }
+
+  // A cell whose lines obey a lattice centring is judged by the M20 of the centred lattice: the
+  // primitive cell counts three (F) or one (I, C) extra calculated lines for each real one, so a
+  // large centred cell would fail MERIT. Returns the centring (P when none).
+  Centring countCentredLattice(CrystalSystem system, RefinedTrial& refined) const {
+    if (!refined.solved) return Centring::P;
+    const MetricRefinement& r = refined.refinement;
+    const Centring centring = latticeCentring(system, r.metric, refined.figure.unindexed, r.zero);
+    if (centring != Centring::P) {
+      std::vector<double> q = zeroCorrectedQ(lines_, r.zero);
+      q.resize(std::min<std::size_t>(20, q.size()));
+      const std::vector<double> tolerance(q.size(), lines_.refineTolerance);
+      refined.figure = deWolffFigure(q, tolerance, r.metric, centring);
+    }
+    return centring;
   }
 
   // The centring whose absences the lines obey: the one with the best M20 that would itself be
@@ -384,10 +532,11 @@ class TreorRunner {
   // NIX). A true centring removes half the calculated lines
   // (F three quarters, R two thirds; fewer in the cubic system, where many forms coincide) and
   // so raises M20 by 1.6 to 4; a pseudo-centring that a few lines break gains much less.
-  Centring latticeCentring(CrystalSystem system, const ReciprocalMetric& metric, int unindexed) const {
+  Centring latticeCentring(CrystalSystem system, const ReciprocalMetric& metric, int unindexed, double zero) const {
     std::vector<Centring> options{Centring::I, Centring::F, Centring::A, Centring::B, Centring::C};
     if (system == CrystalSystem::Hexagonal) options = {Centring::R};
-    const std::vector<double> q(lines_.q.begin(), lines_.q.begin() + std::min<std::size_t>(20, lines_.q.size()));
+    std::vector<double> q = zeroCorrectedQ(lines_, zero);
+    q.resize(std::min<std::size_t>(20, q.size()));
     const std::vector<double> tolerance(q.size(), lines_.refineTolerance);
     Centring best = Centring::P;
     double bestMerit = deWolffFigure(q, tolerance, metric, Centring::P).m;
@@ -499,7 +648,6 @@ class TreorRunner {
     for (std::size_t i = 0; i < sets.size(); ++i) {
       if (!nextSet(i, sets.size())) break;
       const auto& set = sets[i];
-      if (stop(k_.ths)) break;
       const auto lines = baseLines(set);
       if (lines.empty()) continue;
       out(" BASE LINES:" + setText(lines));
@@ -615,7 +763,7 @@ class TreorRunner {
     for (std::size_t i = 0; i < sets.size(); ++i) {
       if (!nextSet(i, sets.size())) break;
       const auto& set = sets[i];
-      if (stop(k_.ths) || search_->stopped()) break;
+      if (search_->stopped()) break;
       const auto lines = baseLines(set);
       if (lines.empty()) continue;
       std::vector<std::vector<LabelRow>> rows{first,
@@ -683,18 +831,10 @@ class TreorRunner {
   // The accepted cells best first; written without the cell layout of the refinement blocks so
   // that the solution reader takes each cell once per refinement only.
   void rankAccepted() {
-    std::vector<const TreorCell*> accepted;
-    for (const TreorCell& c : result_.cells)
-      if (c.accepted) accepted.push_back(&c);
-    std::stable_sort(accepted.begin(), accepted.end(), [](const TreorCell* x, const TreorCell* y) {
-      if (x->m20 != y->m20) return x->m20 > y->m20;
-      if (x->unindexed != y->unindexed) return x->unindexed < y->unindexed;
-      return x->volume < y->volume;
-    });
     out(" ");
-    out(" ACCEPTED CELLS, BEST M20 FIRST:");
-    for (const TreorCell* c : accepted)
-      out(" " + padRight(toUpper(crystalSystemName(c->system)), 14) + formatF(c->cell.a, 10, 5) +
+    out(" ACCEPTED CELLS, BEST FIRST (M20, A THIRD LESS PER EXTRA FREE PARAMETER OF THE LATTICE):");
+    for (const TreorCell* c : rankedAcceptedCells(result_.cells))
+      out(" " + padRight(toUpper(crystalSystemName(c->metricSystem)), 14) + formatF(c->cell.a, 10, 5) +
           formatF(c->cell.b, 10, 5) + formatF(c->cell.c, 10, 5) + formatF(c->cell.alpha, 9, 3) +
           formatF(c->cell.beta, 9, 3) + formatF(c->cell.gamma, 9, 3) + formatF(c->volume, 10, 2) + "  M20=" +
           formatF(c->m20, 7, 1));
@@ -705,6 +845,7 @@ class TreorRunner {
   Shell* shell_;
   TreorResult result_;
   ObservedLines lines_;
+  ObservedLines observed_;  // the lines as measured (first ones adjusted by their higher orders)
   std::vector<bool> flagged_;
   std::vector<int> base_;  // lines (0-based) available to the base-line sets
   int selected_ = -1;
@@ -714,14 +855,37 @@ class TreorRunner {
   double volumeLimit_ = 0;
   std::string stageName_;
   double stageFrom_ = 0, stageTo_ = 0;  // progress at the start and the end of the stage
-  int refinedInStage_ = 0, passesInStage_ = 0, accepted_ = 0;
+  int refinedInPass_ = 0, passesInStage_ = 0, accepted_ = 0;
+  double bestAcceptedMerit_ = 0;
+  std::vector<double> stageAcceptedZeros_;  // refined zeros of the cells accepted in this stage
+  int passIndex_ = 0;                       // the zero correction the stage is at
   std::map<std::string, int> familyCounts_;
+  struct PendingTrial {
+    Trial trial;
+    std::string family;
+  };
+  std::vector<PendingTrial> pending_;  // trials of the current pass waiting for refinement
   std::vector<CalculatedLine> scratch_;
 };
 
 }  // namespace
 
 TreorResult runTreor(const TreorInput& input, Shell* shell) { return TreorRunner(input, shell).run(); }
+
+std::vector<const TreorCell*> rankedAcceptedCells(const std::vector<TreorCell>& cells) {
+  std::vector<const TreorCell*> accepted;
+  for (const TreorCell& c : cells)
+    if (c.accepted) accepted.push_back(&c);
+  auto weighted = [](const TreorCell* c) {
+    return c->m20 / std::pow(kMeritPerParameter, freeParameterCount(c->metricSystem) - 1);
+  };
+  std::stable_sort(accepted.begin(), accepted.end(), [&](const TreorCell* x, const TreorCell* y) {
+    if (weighted(x) != weighted(y)) return weighted(x) > weighted(y);
+    if (x->unindexed != y->unindexed) return x->unindexed < y->unindexed;
+    return x->volume < y->volume;
+  });
+  return accepted;
+}
 
 std::vector<std::string> invalidCardReport(const std::string& badCard) {
   return {" ", " " + badCard, " **ERROR** PROGRAM CONTROL CARD INVALID.", " PROBABLY MISSING COMMA OR DELIMITER KEYWORD",

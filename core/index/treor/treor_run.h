@@ -24,7 +24,9 @@ struct TreorCell {
   double volume = 0;
   double m20 = 0;
   int unindexed = 0;
+  double zero = 0;  // degrees 2θ, refined with the cell: the true angle is the observed one minus it
   bool accepted = false;
+  CrystalSystem metricSystem = CrystalSystem::Triclinic;  // of the lattice, whatever the setting found
 };
 
 struct TreorResult {
@@ -35,6 +37,13 @@ struct TreorResult {
 
 // `shell` may be null (no progress, no interruption).
 TreorResult runTreor(const TreorInput& input, Shell* shell);
+// The accepted cells, best first. A lattice of lower metric symmetry has more free parameters
+// to fit the same lines (an orthorhombic sub-lattice of a cubic I cell indexes exactly its lines),
+// so its M20 counts for less by kMeritPerParameter per extra parameter; then fewer unindexed
+// lines and the smaller volume decide.
+inline constexpr double kMeritPerParameter = 1.5;
+std::vector<const TreorCell*> rankedAcceptedCells(const std::vector<TreorCell>& cells);
+
 // The report of an input that failed to parse.
 std::vector<std::string> invalidCardReport(const std::string& badCard);
 

@@ -5,6 +5,8 @@
 #include <map>
 
 #include "core/index/lattice/calculated_lines.h"
+#include "core/index/lattice/lattice_relations.h"
+#include "core/index/lattice/normal_equations.h"
 
 namespace quarvel {
 
@@ -149,12 +151,14 @@ std::vector<LabelRow> TrialSearch::filterLabels(CrystalSystem system, const std:
   return out;
 }
 
-int TrialSearch::indexedTestLines(const ReciprocalMetric& metric, int required) const {
+int TrialSearch::indexedTestLines(const ReciprocalMetric& metric, int required, const std::vector<int>& solved) const {
   const int n = std::min<int>(problem_.testLines, static_cast<int>(problem_.q.size()));
   const int allowedMisses = n - required;
   int misses = 0;
+  // The lines the trial was solved from are indexed by construction.
   for (int i = 0; i < n; ++i) {
-    if (!hasLineWithin(metric, Centring::P, problem_.q[i], problem_.tolerance) && ++misses > allowedMisses)
+    if (std::find(solved.begin(), solved.end(), i) != solved.end()) continue;
+    if (!hasLineWithin(metric, Centring::P, problem_.q[i], windowOf(i)) && ++misses > allowedMisses)
       return n - misses;
   }
   return n - misses;
@@ -164,7 +168,7 @@ std::vector<int> TrialSearch::unindexedTestLines(const ReciprocalMetric& metric,
   std::vector<int> out;
   const int n = std::min<int>(problem_.testLines, static_cast<int>(problem_.q.size()));
   for (int i = 0; i < n && static_cast<int>(out.size()) < count; ++i)
-    if (!hasLineWithin(metric, Centring::P, problem_.q[i], problem_.tolerance)) out.push_back(i);
+    if (!hasLineWithin(metric, Centring::P, problem_.q[i], windowOf(i))) out.push_back(i);
   return out;
 }
 
@@ -179,8 +183,79 @@ bool TrialSearch::admit(Trial& trial) {
   if (volume < problem_.minVolume || volume > maxVolume_) return false;
   if (std::max(cell->beta, 180.0 - cell->beta) > problem_.maxBeta) return false;
   if (!seen_.insert(cellKey(m)).second) return false;
-  trial.iq = indexedTestLines(m, printThreshold_);
-  return trial.iq >= printThreshold_;
+  trial.iq = indexedTestLines(m, printThreshold_, trial.lines);
+  if (trial.iq < printThreshold_) return false;
+  return problem_.fitWindow.empty() || refitOnTestLines(trial);
+}
+
+bool TrialSearch::refitOnTestLines(Trial& trial) const {
+  const int n = std::min<int>(problem_.testLines, static_cast<int>(problem_.q.size()));
+  const int m = freeParameterCount(trial.system);
+  std::vector<MetricParameters> rows;
+  std::vector<int> used;
+  for (int i = 0; i < n; ++i)
+    if (const auto near = nearestLineWithin(trial.metric, Centring::P, problem_.q[i], windowOf(i))) {
+      rows.push_back(designRow(trial.system, near->h, near->k, near->l));
+      used.push_back(i);
+    }
+  // Least squares in 2θ: weights 1/slope²; the zero column is the slope itself.
+  auto fit = [&](bool withZero) -> std::optional<std::vector<double>> {
+    const int unknowns = m + (withZero ? 1 : 0);
+    if (static_cast<int>(used.size()) <= unknowns) return std::nullopt;
+    NormalEquations equations(unknowns);
+    std::vector<double> row(static_cast<std::size_t>(unknowns));
+    for (std::size_t j = 0; j < used.size(); ++j) {
+      const double slope = problem_.slope[used[j]];
+      std::copy_n(rows[j].begin(), m, row.begin());
+      if (withZero) row[m] = slope;
+      equations.add(row, problem_.q[used[j]], 1.0 / (slope * slope));
+    }
+    auto solution = equations.solve();
+    if (!solution) return std::nullopt;
+    if (!withZero) solution->p.push_back(0.0);
+    return solution->p;
+  };
+  auto p = fit(true);
+  if (p && std::abs((*p)[m]) > problem_.zeroBound) p = fit(false);
+  if (!p) return false;
+  const ReciprocalMetric metric = metricFromParameters(trial.system, std::span<const double>(p->data(), m));
+  if (!isPositiveDefinite(metric)) return false;
+  const double zero = (*p)[m];
+  int indexed = 0;
+  for (int i = 0; i < n; ++i)
+    if (hasLineWithin(metric, Centring::P, problem_.q[i] - zero * problem_.slope[i], problem_.fitWindow[i])) ++indexed;
+  if (indexed < printThreshold_) return false;
+  trial.metric = metric;
+  trial.parameters = parametersFromMetric(trial.system, metric);
+  trial.iq = indexed;
+  trial.zero = zero;
+  return true;
+}
+
+Trial TrialSearch::finestSubLattice(const Trial& trial, int maxIndex) const {
+  if (problem_.fitWindow.empty()) return trial;
+  const int n = std::min<int>(problem_.testLines, static_cast<int>(problem_.q.size()));
+  // As many test lines as the trial indexes, abandoned at the first extra miss.
+  auto indexesAsMany = [&](const ReciprocalMetric& m) {
+    int misses = 0;
+    for (int i = 0; i < n; ++i)
+      if (!hasLineWithin(m, Centring::P, problem_.q[i] - trial.zero * problem_.slope[i], problem_.fitWindow[i]) &&
+          ++misses > n - trial.iq)
+        return false;
+    return true;
+  };
+  const Mat3 g = trial.metric.tensor();
+  Trial best = trial;
+  for (int index = 2; index <= maxIndex; ++index)
+    for (const Mat3& h : hermiteNormalForms(index)) {
+      const ReciprocalMetric m = ReciprocalMetric::fromTensor(transpose(h) * g * h);
+      if (!indexesAsMany(m)) continue;
+      best.system = CrystalSystem::Triclinic;
+      best.metric = m;
+      best.parameters = parametersFromMetric(CrystalSystem::Triclinic, m);
+      break;  // one per index; a finer one may follow
+    }
+  return best;
 }
 
 void TrialSearch::searchBaseSet(CrystalSystem system, const std::vector<int>& baseLines,
@@ -194,16 +269,34 @@ void TrialSearch::searchRows(CrystalSystem system, const std::vector<int>& baseL
                              const std::vector<std::vector<LabelRow>>& rowsPerLine, const TrialSink& sink) {
   const int n = freeParameterCount(system);
   if (static_cast<int>(baseLines.size()) != n) return;
-  std::array<std::array<double, 7>, 6> matrix{};
   std::vector<const LabelRow*> chosen(n, nullptr);
-  std::function<void(int)> place = [&](int depth) {
+  // With every coefficient positive a row that is at least another in every component gives the
+  // larger q, so a lower base line cannot carry it: the order of the lines prunes assignments.
+  const bool ordered = system == CrystalSystem::Cubic || system == CrystalSystem::Tetragonal ||
+                       system == CrystalSystem::Hexagonal || system == CrystalSystem::Orthorhombic;
+  auto dominates = [n](const MetricParameters& x, const MetricParameters& y) {
+    for (int c = 0; c < n; ++c)
+      if (x[c] < y[c]) return false;
+    return true;
+  };
+  // Each row is reduced against the rows above it as it is placed (Gaussian elimination spread
+  // over the depths, pivoting on the largest remaining column of the row), so a leaf costs one
+  // back-substitution, and a row that the rows above already span prunes its whole subtree.
+  std::array<std::array<double, 7>, 6> reduced{};
+  std::array<int, 6> pivot{};
+  std::array<bool, 6> pivotUsed{};
+  auto place = [&](auto& self, int depth) -> void {
     if (stopped_) return;
     if (depth == n) {
       ++solved_;
       if (!poll()) return;
       Trial trial;
       trial.system = system;
-      if (!solveSmall(n, matrix, trial.parameters)) return;
+      for (int e = n - 1; e >= 0; --e) {
+        double rhs = reduced[e][n];
+        for (int f = e + 1; f < n; ++f) rhs -= reduced[e][pivot[f]] * trial.parameters[pivot[f]];
+        trial.parameters[pivot[e]] = rhs / reduced[e][pivot[e]];
+      }
       for (int i = 0; i < n; ++i)
         if ((system != CrystalSystem::Triclinic && system != CrystalSystem::Monoclinic) || i < 3)
           if (trial.parameters[i] <= 0) return;
@@ -215,17 +308,35 @@ void TrialSearch::searchRows(CrystalSystem system, const std::vector<int>& baseL
     }
     const double q = problem_.q[baseLines[depth]];
     for (const LabelRow& row : rowsPerLine[depth]) {
-      // The same row twice makes the system singular.
-      bool repeated = false;
-      for (int d = 0; d < depth; ++d) repeated = repeated || chosen[d]->x == row.x;
-      if (repeated) continue;
-      for (int c = 0; c < n; ++c) matrix[depth][c] = row.x[c];
-      matrix[depth][n] = q;
+      bool excluded = false;
+      for (int d = 0; d < depth; ++d)
+        excluded = excluded || (ordered && problem_.q[baseLines[d]] < q && dominates(chosen[d]->x, row.x));
+      if (excluded) continue;
+      auto& v = reduced[depth];
+      double scale = 0;
+      for (int c = 0; c < n; ++c) {
+        v[c] = row.x[c];
+        scale = std::max(scale, std::abs(v[c]));
+      }
+      v[n] = q;
+      for (int e = 0; e < depth; ++e) {
+        const double f = v[pivot[e]] / reduced[e][pivot[e]];
+        if (f == 0) continue;
+        for (int c = 0; c <= n; ++c) v[c] -= f * reduced[e][c];
+        v[pivot[e]] = 0;
+      }
+      int best = -1;
+      for (int c = 0; c < n; ++c)
+        if (!pivotUsed[c] && (best < 0 || std::abs(v[c]) > std::abs(v[best]))) best = c;
+      if (best < 0 || std::abs(v[best]) < 1e-9 * scale) continue;  // dependent on the rows above
+      pivot[depth] = best;
+      pivotUsed[best] = true;
       chosen[depth] = &row;
-      place(depth + 1);
+      self(self, depth + 1);
+      pivotUsed[best] = false;
     }
   };
-  place(0);
+  place(place, 0);
 }
 
 void TrialSearch::completeMetric(CrystalSystem system, const ReciprocalMetric& known, const std::vector<int>& unknown,

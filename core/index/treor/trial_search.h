@@ -28,6 +28,16 @@ struct TrialProblem {
   int testLines = 15;     // the first lines of q
   int iqRequired = 14;
   double tolerance = 0;   // q window of the trial phase
+  // Window of each line (q) when a test line is judged: the trial window widened by what the
+  // angular errors of the base lines and of the line itself make of the trial cell's q.
+  // Empty: `tolerance` for every line, and no refit.
+  std::vector<double> window;
+  // A trial that indexes enough test lines within `window` is fitted, with a zero of 2θ, to the
+  // lines it indexed and judged again within `fitWindow`: the base lines' errors are then shared
+  // by all the lines instead of carried by the trial cell.
+  std::vector<double> fitWindow;
+  std::vector<double> slope;  // dq/d(2θ) of each line, per radian
+  double zeroBound = 0;       // radians: a larger fitted zero is held at 0
   double maxEdge = 25.0, minEdge = 2.0;
   double minVolume = 20.0;
   double maxBeta = 125.0;
@@ -40,6 +50,7 @@ struct Trial {
   std::vector<int> lines;          // observed lines (0-based) the solve used
   std::vector<std::array<int, 3>> hkl;  // indices given to them
   int iq = 0;                      // test lines indexed
+  double zero = 0;                 // radians of 2θ, fitted with the cell to its test lines
 };
 
 // Receives every new admissible trial that reaches the print threshold.
@@ -52,6 +63,13 @@ class TrialSearch {
   // Starts a new stage: its volume limit and an empty set of cells already seen.
   void beginStage(double maxVolume, int printThreshold);
   void setMaxVolume(double maxVolume) { maxVolume_ = maxVolume; }
+  // New values of the observed lines (the same lines with another zero correction).
+  void setObservedLines(const TrialProblem& lines) {
+    problem_.q = lines.q;
+    problem_.window = lines.window;
+    problem_.fitWindow = lines.fitWindow;
+    problem_.slope = lines.slope;
+  }
 
   // Every assignment of rows to the base lines (one row list per line, after the per-line
   // filter) solved for the system's free coefficients.
@@ -70,10 +88,16 @@ class TrialSearch {
                       const TrialSink& sink, const std::vector<double>* qOverride = nullptr,
                       bool admitTrial = true);
 
-  // Test lines indexed by a metric within the trial window (stops early once IQ is out of reach).
-  int indexedTestLines(const ReciprocalMetric& metric, int required) const;
+  // Test lines indexed by a metric within the trial window (stops early once IQ is out of reach);
+  // `solved` are lines the metric was solved from.
+  int indexedTestLines(const ReciprocalMetric& metric, int required, const std::vector<int>& solved = {}) const;
   // First test lines (0-based) that the metric leaves unindexed.
   std::vector<int> unindexedTestLines(const ReciprocalMetric& metric, int count) const;
+
+  // The trial replaced by the coarsest reciprocal sub-lattice (a direct cell finer by index 2 to
+  // maxIndex, as a triclinic trial) that indexes as many test lines, when there is one: a trial
+  // that took the base lines with multiplied indices describes a super-cell of the lattice.
+  Trial finestSubLattice(const Trial& trial, int maxIndex) const;
 
   // Labels a line of value q can carry with admissible parameters.
   std::vector<LabelRow> filterLabels(CrystalSystem system, const std::vector<LabelRow>& labels, double q) const;
@@ -91,6 +115,10 @@ class TrialSearch {
 
  private:
   bool poll();
+  bool refitOnTestLines(Trial& trial) const;
+  double windowOf(int line) const {
+    return line < static_cast<int>(problem_.window.size()) ? problem_.window[line] : problem_.tolerance;
+  }
 
   TrialProblem problem_;
   std::function<bool()> interrupted_;
