@@ -84,6 +84,12 @@ TEST(TreorEngine, ZeroErrorOfTheLinesIsCorrectedAndReported) {
     EXPECT_TRUE(knownCellFound(c, acceptedCandidates(result), 2)) << s.name;
     EXPECT_NEAR(accepted.front()->zero, 0.05, 0.02) << s.name;
     EXPECT_NE(reportText(result).find("\n   ZERO =  0.0"), std::string::npos) << s.name;
+    // The zero line sits between the volume and M-TEST: the solutions still read back.
+    std::istringstream report(reportText(result));
+    const TreorSolutionsRead read = readTreorSolutions(report);
+    EXPECT_TRUE(std::any_of(read.solutions.begin(), read.solutions.end(), [&](const IndexingSolution& x) {
+      return std::abs(x.volume - accepted.front()->volume) < 0.01 && std::abs(x.merit - std::floor(accepted.front()->m20)) <= 1;
+    })) << s.name;
   }
 }
 
