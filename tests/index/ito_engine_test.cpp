@@ -102,6 +102,25 @@ TEST(ItoEngine, FindsMonoclinicCellsWithAShortAxis) {
   }
 }
 
+// Exact positions, but reflections closer than the resolution merged into one line at their mean:
+// the true cell fits all 20 lines to a few ten-thousandths of a degree, while wrong cells that
+// leave one line out fit the other 19 exactly. The figure must not grow without bound as the
+// mean error goes to zero, or the exact 19 beat the true 20.
+TEST(ItoEngine, MergedLinesOfExactDataDoNotLoseToCellsThatLeaveOneOut) {
+  const CellParameters cell{22.907, 4.087, 3.049, 90, 101.55, 90};  // pseudo C-centred: many pairs merge
+  for (const std::uint32_t seed : {3u, 7u}) {
+    IndexingCase problem;
+    problem.knownCell = cell;
+    SyntheticLineOptions options;
+    options.resolution = 0.02;
+    options.drop = 1;
+    options.maxLines = 26;
+    options.seed = seed;
+    problem.twoTheta = syntheticLines(cell, Centring::P, options);
+    EXPECT_TRUE(knownCellFound(problem, itoCandidates(problem), 4)) << "lines drawn with " << seed;
+  }
+}
+
 // Orthorhombic and monoclinic cells of a quarter of the volume index a body-centred cubic pattern
 // as well and fit its noise better: the cubic cell still comes first.
 TEST(ItoEngine, PrefersTheHigherSymmetryWhenTheFiguresAreComparable) {

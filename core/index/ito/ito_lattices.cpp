@@ -35,6 +35,7 @@ constexpr int kRefinementCycles = 4;
 constexpr double kComparableMerit = 0.7;
 constexpr double kTiedConstantWeight = 1.2;
 constexpr int kMaxSuperCellIndex = 3;
+constexpr double kSmallestErrorShare = 0.01;  // of the mean line tolerance, in the figure of merit
 
 struct Row {
   int h, k;
@@ -468,7 +469,13 @@ void scoreLattice(ItoLattice& lattice, const ItoLines& lines) {
   options.countLimitFactor = 1.003;
   const DeWolffFigure figure = deWolffFigure(q, tol, toAngstrom(lattice.metric), lattice.centring, options);
   lattice.indexed = figure.lines - figure.unindexed;
-  lattice.merit = figure.m;
+  // Exact positions would make the figure infinite, and a cell that fits 19 lines exactly would
+  // beat the true one, whose fit of all 20 is held off by lines that merge two reflections:
+  // errors below a hundredth of the tolerance (a few ten-thousandths of a degree) count as that.
+  const double smallestError = qFromQUnits(kSmallestErrorShare * lines.meanTolerance);
+  lattice.merit = lattice.indexed > 0 && figure.calculated > 0 && figure.meanDiscrepancy < smallestError
+                      ? figure.qLast / (2.0 * smallestError * figure.calculated)
+                      : figure.m;
   lattice.meanDelta = qUnitsFromQ(figure.meanDiscrepancy);
   lattice.calculated = figure.calculated;
 }
