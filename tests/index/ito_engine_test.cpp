@@ -227,6 +227,29 @@ TEST(ItoEngine, ZeroCheckTableWithoutCorrection) {
   EXPECT_TRUE(contains(report, "the correction is not applied"));
 }
 
+// A goniometer zero of 0.05° moves the lines of a long cell by more than their tolerance: refined
+// with the cell, the true cell is found and the zero printed; lines without a zero get none.
+TEST(ItoEngine, RefinesAZeroShiftWithTheCellAndPrintsIt) {
+  IndexingCase problem;
+  problem.knownCell = {10.223, 6.497, 8.806, 90, 94.69, 90};
+  SyntheticLineOptions options;
+  options.noise = 0.01;
+  options.maxLines = 30;
+  options.seed = 7;
+  problem.twoTheta = syntheticLines(problem.knownCell, Centring::P, options);
+  const auto unshifted = runItoDeck(deckFor(problem.twoTheta));
+  EXPECT_FALSE(contains(unshifted, "zero shift refined"));
+
+  options.zero = 0.05;
+  problem.twoTheta = syntheticLines(problem.knownCell, Centring::P, options);
+  EXPECT_TRUE(knownCellFound(problem, itoCandidates(problem), 4));
+  const auto report = runItoDeck(deckFor(problem.twoTheta));
+  const auto line = std::find_if(report.begin(), report.end(),
+                                 [](const std::string& l) { return l.find(" zero shift refined: ") == 0; });
+  ASSERT_NE(line, report.end());
+  EXPECT_NEAR(std::stod(line->substr(21)), 0.05, 0.01) << *line;
+}
+
 TEST(ItoSolutions, ReadsTheEnginesOwnReport) {
   const auto lines = syntheticCase({9.19, 12.48, 6.24, 90, 106.9, 90}, Centring::P, 0.005).twoTheta;
   std::vector<ItoProblemResult> results;

@@ -35,6 +35,9 @@ constexpr int kRefinementCycles = 4;
 constexpr double kComparableMerit = 0.7;
 constexpr double kTiedConstantWeight = 1.2;
 constexpr int kMaxSuperCellIndex = 3;
+// A refined zero within three standard deviations of nothing only takes up the misfit of the cell
+// (with all lines at low angles the zero and the cell edges are nearly the same parameter).
+constexpr double kSignificantZero = 3.0;
 constexpr double kSmallestErrorShare = 0.01;  // of the mean line tolerance, in the figure of merit
 
 struct Row {
@@ -375,7 +378,7 @@ MetricRefinement refineIn(CrystalSystem system, Centring centring, const Recipro
   options.maxCycles = kRefinementCycles;
   // every line read (up to 40), not only the 20 that are scored: with a dominant zone the lines
   // that fix the third axis and its cross terms lie mostly beyond the 20th
-  return refineMetric(lines.twoTheta, start, options);
+  return refineWithSignificantZero(lines.twoTheta, start, options, lines);
 }
 
 bool systemWanted(CrystalSystem system, const ItoParameters& parameters) {
@@ -408,6 +411,10 @@ ItoLattice refineOne(const ItoLattice& start, const ItoLines& lines, const ItoPa
   const MetricRefinement free =
       refineIn(CrystalSystem::Triclinic, Centring::P, toAngstrom(start.metric), lines, parameters, toleranceFactor);
   if (free.singular) result.singular = true;
+  if (free.solved) {
+    result.zero = free.zero;
+    result.zeroSigma = free.zeroSigma;
+  }
   ReciprocalMetric metric = free.solved ? free.metric : toAngstrom(start.metric);
   auto cell = cellFromMetric(metric);
   if (!cell) return result;
@@ -435,6 +442,8 @@ ItoLattice refineOne(const ItoLattice& start, const ItoLines& lines, const ItoPa
     candidate.system = symmetry.system;
     candidate.centring = symmetry.centring;
     candidate.bravais = symmetry.bravaisSymbol();
+    candidate.zero = constrained.zero;
+    candidate.zeroSigma = constrained.zeroSigma;
     scoreLattice(candidate, lines);
     if (candidate.indexed < unconstrained.indexed) continue;
     if (!forceSymmetry && candidate.merit < kComparableMerit * unconstrained.merit) continue;
@@ -457,11 +466,25 @@ ReciprocalMetric toQUnits(const ReciprocalMetric& m) {
   return {qUnitsFromQ(m.A), qUnitsFromQ(m.B), qUnitsFromQ(m.C), qUnitsFromQ(m.D), qUnitsFromQ(m.E), qUnitsFromQ(m.F)};
 }
 
+MetricRefinement refineWithSignificantZero(std::span<const double> twoTheta, const ReciprocalMetric& start,
+                                           MetricRefinementOptions options, const ItoLines& lines) {
+  // spacings and q-units given directly carry no goniometer zero
+  options.refineZero = lines.kind == ItoInputKind::TwoTheta;
+  MetricRefinement r = refineMetric(twoTheta, start, options);
+  if (options.refineZero && r.solved && !(r.esdsAvailable && std::abs(r.zero) > kSignificantZero * r.zeroSigma)) {
+    options.refineZero = false;
+    r = refineMetric(twoTheta, start, options);
+  }
+  return r;
+}
+
 void scoreLattice(ItoLattice& lattice, const ItoLines& lines) {
   const int n = lines.indexingCount();
   std::vector<double> q(static_cast<std::size_t>(n)), tol(static_cast<std::size_t>(n));
+  const bool shifted = lattice.zero != 0.0 && lines.wavelength > 0.0;
   for (int i = 0; i < n; ++i) {
-    q[static_cast<std::size_t>(i)] = qFromQUnits(lines.q[static_cast<std::size_t>(i)]);
+    const auto k = static_cast<std::size_t>(i);
+    q[k] = shifted ? qFromTwoTheta(lines.twoTheta[k] - lattice.zero, lines.wavelength) : qFromQUnits(lines.q[k]);
     tol[static_cast<std::size_t>(i)] = qFromQUnits(lines.tolerance[static_cast<std::size_t>(i)]);
   }
   FigureOfMeritOptions options;

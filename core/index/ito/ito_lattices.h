@@ -5,6 +5,7 @@
 #include <array>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "core/index/ito/ito_zones.h"
 #include "core/index/lattice/centring.h"
 #include "core/index/lattice/crystal_system.h"
+#include "core/index/lattice/metric_refinement.h"
 #include "core/index/lattice/reciprocal_metric.h"
 
 namespace quarvel {
@@ -33,6 +35,8 @@ struct ItoLattice {
   int calculated = 0;
   bool singular = false;
   bool preferred = false;   // made by refpar2 for a system marked +1
+  double zero = 0;          // degrees, refined with the cell when significant: true 2θ = observed − zero
+  double zeroSigma = 0;
 };
 
 struct LatticeSearch {
@@ -52,7 +56,13 @@ std::optional<ItoLattice> latticeFromCard(const std::array<double, 6>& card);
 std::vector<ItoLattice> refineLattices(const std::vector<ItoLattice>& lattices, const ItoLines& lines,
                                        const ItoParameters& parameters, std::vector<std::string>& notes);
 
-// The figure of merit of a lattice on the first 20 lines (fills indexed, merit, meanDelta).
+// Refines the cell together with a zero shift of 2θ when the lines are angles, and keeps the zero
+// only when it stands out of its standard deviation; otherwise the cell is refined alone.
+MetricRefinement refineWithSignificantZero(std::span<const double> twoTheta, const ReciprocalMetric& start,
+                                           MetricRefinementOptions options, const ItoLines& lines);
+
+// The figure of merit of a lattice on the first 20 lines, corrected for the lattice's zero shift
+// (fills indexed, merit, meanDelta).
 void scoreLattice(ItoLattice& lattice, const ItoLines& lines);
 
 // Metric in q-units -> Å⁻² and back.

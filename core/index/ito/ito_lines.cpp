@@ -35,6 +35,7 @@ ItoLines prepareLines(const std::vector<double>& values, const ItoParameters& pa
   }
   lines.kind = detectInputKind(positive);
   const double lambda = parameters.wavel;
+  lines.wavelength = lambda;
 
   // Everything goes through 2θ so that the zero correction applies to every input kind.
   struct Line {

@@ -29,6 +29,7 @@ struct ItoLines {
   std::vector<double> duplicates;  // input values given twice (the later one is dropped)
   double equalityLimit = 0;        // q-units
   double meanTolerance = 0;
+  double wavelength = 0;           // Å: the lines' q and a refined zero shift convert with it
 
   int count() const { return static_cast<int>(q.size()); }
   int indexingCount() const { return count() < kItoIndexingLines ? count() : kItoIndexingLines; }

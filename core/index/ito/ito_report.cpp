@@ -18,6 +18,8 @@ constexpr int kZeroShiftRange = 20;  // hundredths of a degree each way
 bool close(double x, double y, double rel = 1e-3) { return std::abs(x - y) <= rel * std::max(x, y); }
 bool right(double angle) { return std::abs(angle - 90.0) < 0.05; }
 
+std::string trimmed(const std::string& field) { return field.substr(std::min(field.find_first_not_of(' '), field.size())); }
+
 }  // namespace
 
 std::string solutionRow(int number, const ItoLattice& lattice) {
@@ -95,7 +97,7 @@ void printLineList(ReportLines& report, const ItoLattice& lattice, const ItoLine
   options.toleranceTwoTheta = parameters.tolg / 100.0;
   options.sigmaTwoTheta = parameters.tolg / 300.0;
   options.maxCycles = 2;
-  const MetricRefinement refined = refineMetric(lines.twoTheta, toAngstrom(lattice.metric), options);
+  const MetricRefinement refined = refineWithSignificantZero(lines.twoTheta, toAngstrom(lattice.metric), options, lines);
   const ReciprocalMetric metric = refined.solved ? refined.metric : toAngstrom(lattice.metric);
   report.push_back("");
   report.push_back(" all lines indexed with solution 1 after two further cycles of refinement");
@@ -105,6 +107,10 @@ void printLineList(ReportLines& report, const ItoLattice& lattice, const ItoLine
     report.push_back(" alfa=" + formatF(cell->alpha, 10, 3) + " beta=" + formatF(cell->beta, 10, 3) +
                      " gamma=" + formatF(cell->gamma, 10, 3) + "  volume =" + formatF(cellVolume(*cell), 11, 2));
   }
+  const bool shifted = refined.solved && refined.zero != 0.0;
+  if (shifted)
+    report.push_back(" zero shift refined: " + trimmed(formatF(refined.zero, 12, 3)) + " +- " + trimmed(formatF(refined.zeroSigma, 12, 3)) +
+                     " deg 2theta (true angle = observed - zero; delta is taken on the true angle)");
   const double qLast = qFromQUnits(lines.q.back() + lines.tolerance.back());
   const auto calculated = calculatedLines(metric, lattice.centring, qLast);
   if (static_cast<int>(calculated.size()) > kMaxListedLines) {
@@ -118,12 +124,15 @@ void printLineList(ReportLines& report, const ItoLattice& lattice, const ItoLine
   std::vector<Row> rows;
   std::vector<bool> observedHit(calculated.size(), false);
   std::vector<std::array<int, 3>> used;
+  auto observedQ = [&](std::size_t i) {
+    return shifted ? qUnitsAt(lines.twoTheta[i] - refined.zero, parameters.wavel) : lines.q[i];
+  };
   for (std::size_t i = 0; i < lines.q.size(); ++i) {
     const auto& a = i < refined.lines.size() ? refined.lines[i] : LineAssignment{};
     std::string text = formatI(static_cast<long>(i + 1), 4) + formatF(lines.twoTheta[i], 10, 3) + formatF(lines.q[i], 10, 2);
     if (a.indexed) {
       text += formatF(twoThetaFromQ(a.qCalc, parameters.wavel), 10, 3) + formatF(qUnitsFromQ(a.qCalc), 10, 2) +
-              formatF(lines.q[i] - qUnitsFromQ(a.qCalc), 8, 2) + formatI(a.h, 4) + formatI(a.k, 4) + formatI(a.l, 4);
+              formatF(observedQ(i) - qUnitsFromQ(a.qCalc), 8, 2) + formatI(a.h, 4) + formatI(a.k, 4) + formatI(a.l, 4);
       // two observed lines on one calculated line: one of them belongs elsewhere
       const std::array<int, 3> hkl{a.h, a.k, a.l};
       if (std::find(used.begin(), used.end(), hkl) != used.end()) text += "  hkl-combination was used before";
