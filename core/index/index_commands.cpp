@@ -84,7 +84,7 @@ void plotSolutions(Session& s, Engine engine) {
   const auto path = indexingOutputFile(s);
   if (!path) return;
   auto fail = [&s](const char* text) {
-    s.indexing.outputFile = " ";  // the next command asks again
+    s.indexing.outputFile.assign(1, ' ');  // a single blank: the next command asks again
     s.message(msg::kFileError, text);
   };
   const auto lines = readLines(*path);
