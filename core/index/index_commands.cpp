@@ -89,7 +89,7 @@ void plotSolutions(Session& s, Engine engine) {
   };
   const auto lines = readLines(*path);
   if (!lines) return fail("Error opening index output file");
-  SolutionTableRead read = engine == Engine::Treor ? treorSolutionTable(*lines) : itoSolutionTable(*lines);
+  SolutionTableRead read = engine == Engine::Treor ? readTreorSolutions(*lines) : readItoSolutions(*lines);
   s.indexing.solutions = std::move(read.solutions);
   if (read.error) return fail(read.error->c_str());
   if (const auto chosen = chooseSolution(s.shell(), s.indexing.solutions)) {

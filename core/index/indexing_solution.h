@@ -3,6 +3,8 @@
 // trial and error, lines indexed for the zone method). Single precision, as the table keeps it.
 #pragma once
 
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace quarvel {
@@ -15,6 +17,13 @@ struct IndexingSolution {
   float volume = 0;
   float merit = 0;
   float nix = 0;
+};
+
+// What reading an engine report gives: the solutions in report order (at most
+// kMaxIndexingSolutions), or the message to show.
+struct SolutionTableRead {
+  std::vector<IndexingSolution> solutions;
+  std::optional<std::string> error;  // "Read Error" or "No indexing solutions found"
 };
 
 }  // namespace quarvel

@@ -1,28 +1,9 @@
 #include "core/index/solution_choice.h"
 
-#include <sstream>
-
 #include "core/app/shell.h"
 #include "core/common/numbers.h"
-#include "core/index/ito/ito_solutions.h"
-#include "core/index/treor/treor_solutions.h"
 
 namespace quarvel {
-
-SolutionTableRead treorSolutionTable(const std::vector<std::string>& reportLines) {
-  std::stringstream report;
-  for (const std::string& line : reportLines) report << line << '\n';
-  TreorSolutionsRead read = readTreorSolutions(report);
-  return {std::move(read.solutions), std::move(read.error)};
-}
-
-SolutionTableRead itoSolutionTable(const std::vector<std::string>& reportLines) {
-  SolutionRead read = readItoSolutions(reportLines);
-  SolutionTableRead table{std::move(read.solutions), std::nullopt};
-  if (read.status == SolutionReadStatus::ReadError) table.error = "Read Error";
-  if (read.status == SolutionReadStatus::NoSolutions) table.error = "No indexing solutions found";
-  return table;
-}
 
 std::string solutionColumnHeads() {
   return " No.        a        b        c    alpha     beta    gamma     volume      FOM  NIX";

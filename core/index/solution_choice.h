@@ -1,5 +1,5 @@
-// From an engine report to one chosen cell: both engines' reports read into the same solution
-// table, and the "Indexing solutions" dialog that lists it.
+// The "Indexing solutions" dialog: the solution table read from an engine report, one line per
+// cell, and the cell the user chooses.
 #pragma once
 
 #include <cstddef>
@@ -12,14 +12,6 @@
 namespace quarvel {
 
 class Shell;
-
-struct SolutionTableRead {
-  std::vector<IndexingSolution> solutions;
-  std::optional<std::string> error;  // "Read Error" or "No indexing solutions found"
-};
-
-SolutionTableRead treorSolutionTable(const std::vector<std::string>& reportLines);
-SolutionTableRead itoSolutionTable(const std::vector<std::string>& reportLines);
 
 // One line of the list under the column heads "No.", "a", "b", "c", "alpha", "beta", "gamma",
 // "volume", "FOM", "NIX".

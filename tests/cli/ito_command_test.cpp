@@ -49,7 +49,7 @@ TEST(ItoCommand, PeakFileBecomesTheJobDeckAndItsReport) {
 
   const auto lines = readLines(report);
   ASSERT_TRUE(lines.has_value());
-  EXPECT_EQ(readItoSolutions(*lines).status, SolutionReadStatus::Ok);
+  EXPECT_FALSE(readItoSolutions(*lines).error);
 }
 
 TEST(ItoCommand, MissingPeakFileOrDeckIsAnError) {

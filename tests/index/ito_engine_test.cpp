@@ -257,8 +257,8 @@ TEST(ItoSolutions, ReadsTheEnginesOwnReport) {
   ASSERT_EQ(results.size(), 1u);
   const auto& solutions = results[0].solutions;
   ASSERT_FALSE(solutions.empty());
-  const SolutionRead read = readItoSolutions(report);
-  ASSERT_EQ(read.status, SolutionReadStatus::Ok);
+  const SolutionTableRead read = readItoSolutions(report);
+  ASSERT_FALSE(read.error) << *read.error;
   ASSERT_EQ(read.solutions.size(), solutions.size());
   for (std::size_t i = 0; i < solutions.size(); ++i) {
     EXPECT_NEAR(read.solutions[i].a, solutions[i].cell.a, 1e-3);
@@ -273,8 +273,8 @@ TEST(ItoSolutions, ReadsTheEnginesOwnReport) {
                                    [](const std::string& l) { return l.find("a        b") != std::string::npos; });
   ASSERT_NE(header, damaged.end());
   (header + 1)->replace(3, 6, "  x.xx");
-  EXPECT_EQ(readItoSolutions(damaged).status, SolutionReadStatus::ReadError);
-  EXPECT_EQ(readItoSolutions({"no table here"}).status, SolutionReadStatus::NoSolutions);
+  EXPECT_EQ(readItoSolutions(damaged).error, "Read Error");
+  EXPECT_EQ(readItoSolutions({"no table here"}).error, "No indexing solutions found");
 }
 
 TEST(ItoEngine, EntryPointWritesTheReportOrSaysWhy) {
@@ -294,7 +294,7 @@ TEST(ItoEngine, EntryPointWritesTheReportOrSaysWhy) {
   ASSERT_TRUE(runIto(dir / "ito.inp", dir / "ito.out", shell));
   const auto report = readLines(dir / "ito.out");
   ASSERT_TRUE(report.has_value());
-  EXPECT_EQ(readItoSolutions(*report).status, SolutionReadStatus::Ok);
+  EXPECT_FALSE(readItoSolutions(*report).error);
 
   shell.interrupt = true;
   ASSERT_TRUE(runIto(dir / "ito.inp", dir / "ito.out", shell));

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <sstream>
 
 #include "core/app/recording_shell.h"
 #include "core/common/text_file.h"
@@ -85,8 +84,7 @@ TEST(TreorEngine, ZeroErrorOfTheLinesIsCorrectedAndReported) {
     EXPECT_NEAR(accepted.front()->zero, 0.05, 0.02) << s.name;
     EXPECT_NE(reportText(result).find("\n   ZERO =  0.0"), std::string::npos) << s.name;
     // The zero line sits between the volume and M-TEST: the solutions still read back.
-    std::istringstream report(reportText(result));
-    const TreorSolutionsRead read = readTreorSolutions(report);
+    const SolutionTableRead read = readTreorSolutions(result.report);
     EXPECT_TRUE(std::any_of(read.solutions.begin(), read.solutions.end(), [&](const IndexingSolution& x) {
       return std::abs(x.volume - accepted.front()->volume) < 0.01 && std::abs(x.merit - std::floor(accepted.front()->m20)) <= 1;
     })) << s.name;
@@ -110,8 +108,7 @@ const SyntheticCell kOrthorhombic{"orthorhombic P", CrystalSystem::Orthorhombic,
 TEST(TreorEngine, TheSolutionReaderTakesTheAcceptedCellsFromTheReport) {
   TreorInput input = treorInputFor(syntheticCase(kOrthorhombic));
   const TreorResult result = runTreor(input, nullptr);
-  std::istringstream in(reportText(result));
-  const TreorSolutionsRead read = readTreorSolutions(in);
+  const SolutionTableRead read = readTreorSolutions(result.report);
   ASSERT_FALSE(read.error) << *read.error;
   // Every refined cell is one block; an accepted cell gets a second block after three more cycles.
   std::size_t blocks = 0;
@@ -140,8 +137,7 @@ TEST(TreorEngine, VolumeLimitBelowEveryTrialEndsWithoutSolution) {
   EXPECT_NE(report.find(" ** ORTHORHOMBIC TEST\n MAX. VOLUME=      50.0\n"), std::string::npos);
   EXPECT_EQ(report.find(" ** MONOCLINIC TEST"), std::string::npos);  // a positive VOL stops after orthorhombic
   EXPECT_EQ(result.report.back(), " NO SOLUTION ACCEPTED.....THINK!");
-  std::istringstream in(report);
-  EXPECT_EQ(readTreorSolutions(in).error, "No indexing solutions found");
+  EXPECT_EQ(readTreorSolutions(result.report).error, "No indexing solutions found");
 }
 
 TEST(TreorEngine, ReportsProgressAndStopsWhenInterrupted) {

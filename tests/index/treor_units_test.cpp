@@ -3,6 +3,7 @@
 #include <cmath>
 #include <sstream>
 
+#include "core/common/text_file.h"
 #include "core/index/lattice/synthetic_lines.h"
 #include "core/index/lattice/units.h"
 #include "core/index/treor/treor_run.h"
@@ -79,15 +80,14 @@ TEST(TreorSolutions, ReadsAtMostAHundredAndRefusesABrokenBlock) {
             "   C =  5.430883  0.000009 A  GAMMA = 90.000000  0.000000 DEG\n"
             "   UNIT CELL VOLUME =    160.18 A**3\n\n NUMBER OF SINGLE INDEXED LINES =   0\n\n"
             " M-TEST=   39 UNINDEXED IN THE TEST=    1\n";
-  std::istringstream in(many.str());
-  const TreorSolutionsRead read = readTreorSolutions(in);
+  const SolutionTableRead read = readTreorSolutions(splitLines(many.str()));
   ASSERT_FALSE(read.error);
   ASSERT_EQ(read.solutions.size(), 100u);
   EXPECT_FLOAT_EQ(read.solutions[99].volume, 160.18f);
   EXPECT_FLOAT_EQ(read.solutions[99].merit, 39);
   EXPECT_FLOAT_EQ(read.solutions[99].nix, 1);
 
-  std::istringstream broken("   A =  5.430883  0.000009 A   ALFA = 90.000000  0.000000 DEG\n   B = ******\n");
+  const std::vector<std::string> broken{"   A =  5.430883  0.000009 A   ALFA = 90.000000  0.000000 DEG", "   B = ******"};
   EXPECT_EQ(readTreorSolutions(broken).error, "Read Error");
 }
 

@@ -15,11 +15,15 @@ std::optional<double> field(const std::string& line, std::size_t first, std::siz
 
 }  // namespace
 
-SolutionRead readItoSolutions(const std::vector<std::string>& lines) {
-  SolutionRead read;
+SolutionTableRead readItoSolutions(const std::vector<std::string>& lines) {
+  SolutionTableRead read;
+  auto fail = [&read](const char* message) {
+    read.error = message;
+    return read;
+  };
   std::size_t i = 0;
   while (i < lines.size() && lines[i].find("q(a)") == std::string::npos) ++i;
-  if (i == lines.size()) return read;
+  if (i == lines.size()) return fail("No indexing solutions found");
   for (++i; i < lines.size() && read.solutions.size() < kMaxIndexingSolutions; ++i) {
     const auto indexed = field(lines[i], 60, 5);
     const auto merit = field(lines[i], 68, 6);
@@ -29,33 +33,21 @@ SolutionRead readItoSolutions(const std::vector<std::string>& lines) {
     s.merit = static_cast<float>(*merit);
     read.solutions.push_back(s);
   }
-  if (read.solutions.empty()) return read;
+  if (read.solutions.empty()) return fail("No indexing solutions found");
   while (i < lines.size() && lines[i].find("a        b") == std::string::npos) ++i;
-  if (i == lines.size()) {
-    read.status = SolutionReadStatus::ReadError;
-    return read;
-  }
+  if (i == lines.size()) return fail("Read Error");
   ++i;
   for (auto& s : read.solutions) {
-    if (i >= lines.size()) {
-      read.status = SolutionReadStatus::ReadError;
-      return read;
-    }
+    if (i >= lines.size()) return fail("Read Error");
     const std::string& line = lines[i++];
     std::array<double, 7> v{};
     for (std::size_t f = 0; f < 6; ++f) {
       const auto value = field(line, 2 + 9 * f, 9);
-      if (!value) {
-        read.status = SolutionReadStatus::ReadError;
-        return read;
-      }
+      if (!value) return fail("Read Error");
       v[f] = *value;
     }
     const auto volume = field(line, 56, 12);
-    if (!volume) {
-      read.status = SolutionReadStatus::ReadError;
-      return read;
-    }
+    if (!volume) return fail("Read Error");
     v[6] = *volume;
     s.a = static_cast<float>(v[0]);
     s.b = static_cast<float>(v[1]);
@@ -65,7 +57,6 @@ SolutionRead readItoSolutions(const std::vector<std::string>& lines) {
     s.gamma = static_cast<float>(v[5]);
     s.volume = static_cast<float>(v[6]);
   }
-  read.status = SolutionReadStatus::Ok;
   return read;
 }
 

@@ -10,13 +10,6 @@
 
 namespace quarvel {
 
-enum class SolutionReadStatus { Ok, NoSolutions, ReadError };
-
-struct SolutionRead {
-  SolutionReadStatus status = SolutionReadStatus::NoSolutions;
-  std::vector<IndexingSolution> solutions;
-};
-
-SolutionRead readItoSolutions(const std::vector<std::string>& reportLines);
+SolutionTableRead readItoSolutions(const std::vector<std::string>& reportLines);
 
 }  // namespace quarvel

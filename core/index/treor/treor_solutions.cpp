@@ -18,12 +18,13 @@ bool readEdgeAndAngle(const std::string& line, float& edge, float& angle) {
 
 }  // namespace
 
-TreorSolutionsRead readTreorSolutions(std::istream& in) {
-  TreorSolutionsRead result;
+SolutionTableRead readTreorSolutions(const std::vector<std::string>& reportLines) {
+  SolutionTableRead result;
+  std::size_t i = 0;
   std::string line;
-  auto next = [&in, &line] {
-    if (!std::getline(in, line)) return false;
-    if (!line.empty() && line.back() == '\r') line.pop_back();
+  auto next = [&] {
+    if (i == reportLines.size()) return false;
+    line = reportLines[i++];
     return true;
   };
   while (static_cast<int>(result.solutions.size()) < kMaxIndexingSolutions && next()) {

@@ -3,8 +3,6 @@
 // the solution table.
 #pragma once
 
-#include <istream>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,11 +10,6 @@
 
 namespace quarvel {
 
-struct TreorSolutionsRead {
-  std::vector<IndexingSolution> solutions;  // at most kMaxIndexingSolutions
-  std::optional<std::string> error;         // "Read Error" or "No indexing solutions found"
-};
-
-TreorSolutionsRead readTreorSolutions(std::istream& in);
+SolutionTableRead readTreorSolutions(const std::vector<std::string>& reportLines);
 
 }  // namespace quarvel
