@@ -58,7 +58,7 @@ void itoJob(Session& s) {
   const int action = s.shell().runDialog(dialog);
   if (action == DialogModel::kCancel) return;
   readItoJobDialog(dialog, settings);
-  const ItoJob job = settings.job;
+  const ItoJob job = withItoDefaults(settings, s.store().wavelength.alpha1).job;
   runJob(s, action, s.resolve(job.peakFile), inputPathOr(s, settings.inputFile, "ito.inp"),
          [&job](const std::vector<double>& peaks) { return itoInputCards(job, peaks); }, "Error opening ito input file",
          "ito.out", [&s](const auto& in, const auto& out) { return runIto(in, out, s.shell()); });
