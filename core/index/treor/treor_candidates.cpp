@@ -26,7 +26,9 @@ TreorInput treorInputFor(const IndexingCase& problem) {
 }
 
 std::vector<CandidateCell> indexWithTreor(const IndexingCase& problem) {
-  return acceptedCandidates(runTreor(treorInputFor(problem), nullptr));
+  TreorInput input = treorInputFor(problem);
+  input.keywords.vol = kBenchmarkVolumeLimit;
+  return acceptedCandidates(runTreor(input, nullptr));
 }
 
 }  // namespace quarvel

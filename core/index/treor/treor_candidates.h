@@ -16,6 +16,12 @@ std::vector<CandidateCell> acceptedCandidates(const TreorResult& result);
 // The input a job would write for these lines: 2θ, the problem's wavelength, default limits.
 TreorInput treorInputFor(const IndexingCase& problem);
 
+// The benchmark's job states one volume limit for every problem, as a user states the largest
+// cell expected: the synthetic cells are drawn up to 3000 Å³ (conventional cell), beyond the
+// default 2000 Å³. Negative: every crystal system is searched.
+inline constexpr double kBenchmarkVolumeLimit = -3000;
+
+// The job of treorInputFor with the benchmark's volume limit, run; the accepted cells best first.
 std::vector<CandidateCell> indexWithTreor(const IndexingCase& problem);
 
 }  // namespace quarvel

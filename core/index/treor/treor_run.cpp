@@ -89,8 +89,13 @@ class TreorRunner {
     const bool allSystems = k_.vol < 0;
     // Progress is the share of the run a stage usually takes when every stage runs.
     runStage("CUBIC", 0.0, 0.01, [this] { cubic(); });
-    if (!stop(k_.ks)) runStage("TETRAGONAL", 0.01, 0.02, [this] { twoParameter(CrystalSystem::Tetragonal, "TETRAGONAL"); });
-    if (!stop(k_.ks)) runStage("HEXAGONAL", 0.02, 0.03, [this] { twoParameter(CrystalSystem::Hexagonal, "HEXAGONAL"); });
+    // Tetragonal and hexagonal lattices have the same two parameters: a tetragonal cell does not
+    // make the hexagonal test redundant (a large tetragonal cell can index a small hexagonal
+    // cell's lines convincingly), so KS is asked only after both.
+    if (!stop(k_.ks)) {
+      runStage("TETRAGONAL", 0.01, 0.02, [this] { twoParameter(CrystalSystem::Tetragonal, "TETRAGONAL"); });
+      runStage("HEXAGONAL", 0.02, 0.03, [this] { twoParameter(CrystalSystem::Hexagonal, "HEXAGONAL"); });
+    }
     if (!stop(k_.ks)) runStage("ORTHORHOMBIC", 0.03, 0.1, [this] { orthorhombic(); });
     if (allSystems && !stop(k_.ks)) runStage("MONOCLINIC", 0.1, 0.4, [this] { monoclinic(); });
     if (allSystems && !stop(k_.ths)) runStage("TRICLINIC", 0.4, 1.0, [this] { triclinic(); });
@@ -567,6 +572,7 @@ class TreorRunner {
   void twoParameter(CrystalSystem system, const std::string& family) {
     const auto labels = labelTable(system, 5, 8);
     searchBaseSets(system, labels, {{1, 2}, {1, 3}, {2, 3}}, family, "XY=");
+    axialDominantZone(system, family);
   }
 
   // Each base-line set in turn (progress and interruption between sets), echoed and searched.
@@ -617,18 +623,58 @@ class TreorRunner {
   }
 
   // The zone metric is accepted as a 2D trial when it indexes the first lines; its first
-  // unindexed test lines fix the remaining coefficients.
+  // unindexed test lines fix the remaining coefficients. A single missing coefficient is tried
+  // on each of the first three lines the zone leaves out, as one of them may be an impurity.
   void completeZone(const ReciprocalMetric& zone, const std::vector<int>& unknown,
                     const std::vector<std::array<int, 3>>& hkl, const std::string& family, const char* name) {
-    const auto missing = search_->unindexedTestLines(zone, static_cast<int>(unknown.size()));
-    if (missing.size() != unknown.size()) return;
-    // Zone trials are admitted before they are complete; too few indexed lines means the zone is wrong.
-    if (missing.front() < static_cast<int>(unknown.size()) + 1) return;
     const CrystalSystem system = family == "ORTHORHOMBIC" ? CrystalSystem::Orthorhombic
                                : family == "TRICLINIC"    ? CrystalSystem::Triclinic
+                               : family == "TETRAGONAL"   ? CrystalSystem::Tetragonal
+                               : family == "HEXAGONAL"    ? CrystalSystem::Hexagonal
                                                           : CrystalSystem::Monoclinic;
+    const int single = unknown.size() == 1 ? 3 : 0;
+    const auto missing =
+        search_->unindexedTestLines(zoneOnly(zone, unknown), std::max(single, static_cast<int>(unknown.size())));
+    if (missing.size() < unknown.size()) return;
+    // Zone trials are admitted before they are complete; too few indexed lines means the zone is wrong.
+    if (missing.front() < static_cast<int>(unknown.size()) + 1) return;
     std::vector<std::vector<std::array<int, 3>>> rows(unknown.size(), hkl);
-    search_->completeMetric(system, zone, unknown, missing, rows, sinkFor(family, name));
+    if (single == 0) {
+      search_->completeMetric(system, zone, unknown, missing, rows, sinkFor(family, name));
+      return;
+    }
+    for (const int line : missing) search_->completeMetric(system, zone, unknown, {line}, rows, sinkFor(family, name));
+  }
+
+  // The zone's metric with the squared coefficients it lacks set so large that no line outside
+  // the zone reaches the test lines (left at zero they would make no lattice to count lines of).
+  ReciprocalMetric zoneOnly(ReciprocalMetric zone, const std::vector<int>& unknown) const {
+    const double far = 100.0 * problem_.q[problem_.testLines - 1];
+    for (const int c : unknown) {
+      if (c == 0) zone.A = far;
+      if (c == 1) zone.B = far;
+      if (c == 2) zone.C = far;
+    }
+    return zone;
+  }
+
+  // A long a axis (short c) puts the first lines in the hk0 zone, where no pair of them fixes C:
+  // A from one of the first two base lines as (100), (110), (200) or (210), then C from one of the
+  // first test lines that zone leaves unindexed, taken as hk1 or hk2.
+  void axialDominantZone(CrystalSystem system, const std::string& family) {
+    std::vector<std::array<int, 3>> layer;
+    for (int h = 0; h <= 2; ++h)
+      for (int k = 0; k <= h; ++k)
+        for (int l = 1; l <= 2; ++l) layer.push_back({h, k, l});
+    for (const int b : {1, 2}) {
+      const auto line = baseLines({b});
+      if (line.empty()) continue;
+      for (const auto& [h, k] : {std::pair{1, 0}, {1, 1}, {2, 0}, {2, 1}}) {
+        const double form = designRow(system, h, k, 0)[0];
+        const std::array<double, 2> p{problem_.q[line[0]] / form, 0.0};
+        completeZone(metricFromParameters(system, p), {2}, layer, family, "XY=");
+      }
+    }
   }
 
   void monoclinic() {
