@@ -67,6 +67,21 @@ TEST(TreorEngine, FindsTheCellOfEachCrystalSystem) {
   }
 }
 
+// Cells whose first lines all lie in one zone (a long a axis: the hk0 lines first), where no
+// pair of base lines fixes c, and a small hexagonal cell whose lines a large tetragonal cell
+// indexes convincingly enough to have ended the search before the hexagonal test.
+TEST(TreorEngine, TwoParameterCellsWithADominantZoneOrBehindATetragonalCell) {
+  const SyntheticCell cells[] = {
+      {"hexagonal P, long a", CrystalSystem::Hexagonal, {22.6191, 22.6191, 4.2555, 90, 90, 120}, Centring::P},
+      {"tetragonal I, short c", CrystalSystem::Tetragonal, {15.3136, 15.3136, 2.6367, 90, 90, 90}, Centring::I},
+      {"hexagonal P, long c", CrystalSystem::Hexagonal, {4.0820, 4.0820, 18.8904, 90, 90, 120}, Centring::P},
+  };
+  for (const SyntheticCell& s : cells) {
+    const IndexingCase c = syntheticCase(s, 0.0, 0.0);
+    EXPECT_TRUE(knownCellFound(c, indexWithTreor(c), 4)) << s.name;
+  }
+}
+
 // A zero error of 0.05° is a relative error of up to 1 % in q at the base lines; the stages try
 // corrected lines and the least squares refine the zero, which the report prints under the cell.
 TEST(TreorEngine, ZeroErrorOfTheLinesIsCorrectedAndReported) {

@@ -571,7 +571,10 @@ class TreorRunner {
 
   void twoParameter(CrystalSystem system, const std::string& family) {
     const auto labels = labelTable(system, 5, 8);
-    searchBaseSets(system, labels, {{1, 2}, {1, 3}, {2, 3}}, family, "XY=");
+    // The pairs among the first four base lines: an impurity among the first three, or a long
+    // axis whose 00l lines come first beyond the orders the echo flags, leaves no good pair
+    // among the first three.
+    searchBaseSets(system, labels, {{1, 2}, {1, 3}, {2, 3}, {1, 4}, {2, 4}, {3, 4}}, family, "XY=");
     axialDominantZone(system, family);
   }
 
