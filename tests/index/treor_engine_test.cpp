@@ -67,13 +67,16 @@ TEST(TreorEngine, FindsTheCellOfEachCrystalSystem) {
   }
 }
 
-// Cells whose first lines all lie in one zone (a long a axis: the hk0 lines first), where no
-// pair of base lines fixes c, and a small hexagonal cell whose lines a large tetragonal cell
-// indexes convincingly enough to have ended the search before the hexagonal test.
-TEST(TreorEngine, TwoParameterCellsWithADominantZoneOrBehindATetragonalCell) {
+// Cells whose first lines all lie in one zone, where no pair or triple of base lines fixes the
+// remaining axis: a long a axis (the hk0 lines first); two long axes whose zone indexes every
+// test line, the third axis showing first after them. And a small hexagonal cell whose lines a
+// large tetragonal cell indexes convincingly enough to have ended the search before the
+// hexagonal test, its 00l lines filling the first base lines.
+TEST(TreorEngine, CellsWithADominantZoneOrBehindATetragonalCell) {
   const SyntheticCell cells[] = {
       {"hexagonal P, long a", CrystalSystem::Hexagonal, {22.6191, 22.6191, 4.2555, 90, 90, 120}, Centring::P},
       {"tetragonal I, short c", CrystalSystem::Tetragonal, {15.3136, 15.3136, 2.6367, 90, 90, 90}, Centring::I},
+      {"orthorhombic P, short b", CrystalSystem::Orthorhombic, {15.8998, 4.2396, 18.9296, 90, 90, 90}, Centring::P},
       {"hexagonal P, long c", CrystalSystem::Hexagonal, {4.0820, 4.0820, 18.8904, 90, 90, 120}, Centring::P},
   };
   for (const SyntheticCell& s : cells) {

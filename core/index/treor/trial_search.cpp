@@ -164,9 +164,10 @@ int TrialSearch::indexedTestLines(const ReciprocalMetric& metric, int required, 
   return n - misses;
 }
 
-std::vector<int> TrialSearch::unindexedTestLines(const ReciprocalMetric& metric, int count) const {
+std::vector<int> TrialSearch::unindexedTestLines(const ReciprocalMetric& metric, int count, bool beyondTestLines) const {
   std::vector<int> out;
-  const int n = std::min<int>(problem_.testLines, static_cast<int>(problem_.q.size()));
+  const int n = beyondTestLines ? static_cast<int>(problem_.q.size())
+                                : std::min<int>(problem_.testLines, static_cast<int>(problem_.q.size()));
   for (int i = 0; i < n && static_cast<int>(out.size()) < count; ++i)
     if (!hasLineWithin(metric, Centring::P, problem_.q[i], windowOf(i))) out.push_back(i);
   return out;
@@ -193,7 +194,13 @@ bool TrialSearch::refitOnTestLines(Trial& trial) const {
   const int m = freeParameterCount(trial.system);
   std::vector<MetricParameters> rows;
   std::vector<int> used;
-  for (int i = 0; i < n; ++i)
+  // The test lines, and the lines the trial was solved from when they lie beyond (a zone's third
+  // axis may first show there, and without that line the fit would not know it).
+  std::vector<int> fitted;
+  for (int i = 0; i < n; ++i) fitted.push_back(i);
+  for (const int line : trial.lines)
+    if (line >= n && line < static_cast<int>(problem_.q.size())) fitted.push_back(line);
+  for (const int i : fitted)
     if (const auto near = nearestLineWithin(trial.metric, Centring::P, problem_.q[i], windowOf(i))) {
       rows.push_back(designRow(trial.system, near->h, near->k, near->l));
       used.push_back(i);

@@ -91,8 +91,9 @@ class TrialSearch {
   // Test lines indexed by a metric within the trial window (stops early once IQ is out of reach);
   // `solved` are lines the metric was solved from.
   int indexedTestLines(const ReciprocalMetric& metric, int required, const std::vector<int>& solved = {}) const;
-  // First test lines (0-based) that the metric leaves unindexed.
-  std::vector<int> unindexedTestLines(const ReciprocalMetric& metric, int count) const;
+  // First test lines (0-based) that the metric leaves unindexed; with `beyondTestLines` the
+  // search goes on through every trial line.
+  std::vector<int> unindexedTestLines(const ReciprocalMetric& metric, int count, bool beyondTestLines = false) const;
 
   // The trial replaced by the coarsest reciprocal sub-lattice (a direct cell finer by index 2 to
   // maxIndex, as a triclinic trial) that indexes as many test lines, when there is one: a trial
