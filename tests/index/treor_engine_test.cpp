@@ -85,6 +85,14 @@ TEST(TreorEngine, CellsWithADominantZoneOrBehindATetragonalCell) {
   }
 }
 
+// Three times this monoclinic cell is nearly rectangular: the orthorhombic stage accepts the
+// super-cell with a convincing M20 and the search would end before the monoclinic stage.
+TEST(TreorEngine, MonoclinicCellBehindAnOrthorhombicSuperCell) {
+  const SyntheticCell s{"monoclinic P", CrystalSystem::Monoclinic, {3.0475, 11.5762, 5.3396, 90, 100.85, 90}, Centring::P};
+  const IndexingCase c = syntheticCase(s);
+  EXPECT_TRUE(knownCellFound(c, indexWithTreor(c), 4));
+}
+
 // A zero error of 0.05° is a relative error of up to 1 % in q at the base lines; the stages try
 // corrected lines and the least squares refine the zero, which the report prints under the cell.
 TEST(TreorEngine, ZeroErrorOfTheLinesIsCorrectedAndReported) {

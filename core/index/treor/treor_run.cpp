@@ -413,10 +413,27 @@ class TreorRunner {
         improved = true;
       }
     }
-    if ((system == CrystalSystem::Monoclinic || system == CrystalSystem::Triclinic) &&
-        current.result.figure.unindexed <= k_.nix)
-      current = finestSubCell(current);
+    if (current.result.figure.unindexed > k_.nix) return current;
+    if (system == CrystalSystem::Monoclinic || system == CrystalSystem::Triclinic) return finestSubCell(current);
+    if (system == CrystalSystem::Orthorhombic) return obliqueSubCell(current);
     return current;
+  }
+
+  // A nearly rectangular cell can be a super-cell of an oblique lattice (three times a monoclinic
+  // cell) that reaches a convincing M20 and ends the search before the lower systems run. The
+  // finer lattice replaces it when its metric symmetry is monoclinic or triclinic and it raises
+  // the M20 of the cell's best centring by half: the primitive lattice of a centred cell keeps
+  // the centred cell's symmetry, and a centred cell is reported as it is.
+  Refined obliqueSubCell(const Refined& current) const {
+    const Refined finer = finestSubCell(current);
+    if (finer.system == current.system) return current;
+    RefinedTrial centred = current.result;
+    countCentredLattice(current.system, centred);
+    if (finer.result.figure.m < 1.5 * centred.figure.m) return current;
+    const auto cell = cellFromMetric(finer.result.refinement.metric);
+    if (!cell) return current;
+    const CrystalSystem symmetry = latticeSymmetry(*cell, Centring::P).system;
+    return symmetry == CrystalSystem::Monoclinic || symmetry == CrystalSystem::Triclinic ? finer : current;
   }
 
   // The low-symmetry searches also meet super-cells along no single axis (a monoclinic cell of
