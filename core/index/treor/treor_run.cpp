@@ -644,9 +644,10 @@ class TreorRunner {
 
   // The zone metric is accepted as a 2D trial when it indexes the first lines; its first
   // unindexed lines fix the remaining coefficients. A single missing coefficient is tried on each
-  // of the first three lines the zone leaves out, as one of them may be an impurity, and these
-  // are looked for beyond the test lines: a zone of two long axes can index every test line
-  // (but an impurity), and then any third axis passes the test lines, the true one included.
+  // of the first three lines the zone leaves out, as one of them may be an impurity. A zone of two
+  // long axes can index enough test lines on its own, and then any third axis passes the test
+  // lines: the lines it leaves out are then looked for beyond the test lines. (Not in the
+  // monoclinic stage, where the extra trials lost the cell of a synchrotron pattern of cimetidine.)
   void completeZone(const ReciprocalMetric& zone, const std::vector<int>& unknown,
                     const std::vector<std::array<int, 3>>& hkl, const std::string& family, const char* name) {
     const CrystalSystem system = family == "ORTHORHOMBIC" ? CrystalSystem::Orthorhombic
@@ -655,8 +656,11 @@ class TreorRunner {
                                : family == "HEXAGONAL"    ? CrystalSystem::Hexagonal
                                                           : CrystalSystem::Monoclinic;
     const int single = unknown.size() == 1 ? 3 : 0;
+    const ReciprocalMetric alone = zoneOnly(zone, unknown);
+    const bool beyond = single > 0 && system != CrystalSystem::Monoclinic &&
+                        search_->indexedTestLines(alone, problem_.iqRequired) >= problem_.iqRequired;
     const auto missing =
-        search_->unindexedTestLines(zoneOnly(zone, unknown), std::max(single, static_cast<int>(unknown.size())), single > 0);
+        search_->unindexedTestLines(alone, std::max(single, static_cast<int>(unknown.size())), beyond);
     if (missing.size() < unknown.size()) return;
     // Zone trials are admitted before they are complete; too few indexed lines means the zone is wrong.
     if (missing.front() < static_cast<int>(unknown.size()) + 1) return;
