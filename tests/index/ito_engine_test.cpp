@@ -144,6 +144,15 @@ TEST(ItoZones, ZoneConstantsAreRefinedOnTheLinesTheyIndex) {
   EXPECT_TRUE(knownCellFound(problem, itoCandidates(problem), 4));
 }
 
+// A triclinic cell whose first 15 lines lie in one zone (4.04 × 11.4 × 14.6 Å, exact positions):
+// neither zone axis has the right cross term with the third among the few lines on it, and a
+// trial with one of them refines to a cell that leaves a line out. The cross term found from all
+// lines with the other held at a right angle, held in turn, gives the first one from all lines.
+TEST(ItoEngine, SeeksTheFirstCrossTermAgainWithTheSecondHeld) {
+  const IndexingCase problem = matrixProblem(3, "aP λ1.5406 σ0.00 z0.00 imp0 miss1");
+  EXPECT_TRUE(knownCellFound(problem, itoCandidates(problem), 4));
+}
+
 // Exact positions, but reflections closer than the resolution merged into one line at their mean:
 // the true cell fits all 20 lines to a few ten-thousandths of a degree, while wrong cells that
 // leave one line out fit the other 19 exactly. The figure must not grow without bound as the
