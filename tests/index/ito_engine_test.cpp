@@ -144,6 +144,14 @@ TEST(ItoZones, ZoneConstantsAreRefinedOnTheLinesTheyIndex) {
   EXPECT_TRUE(knownCellFound(problem, itoCandidates(problem), 4));
 }
 
+// At 0.40 Å the q tolerance of a line is four times that at Cu Kα1: a zone whose points catch a
+// random line that often is refined onto chance lines as readily as onto its own, and is left
+// as it was found (a hexagonal cell lost when every zone was refined).
+TEST(ItoZones, ZonesThatCatchChanceLinesAreNotRefined) {
+  const IndexingCase problem = matrixProblem(1, "hP λ0.4000 σ0.01 z0.00 imp0 miss1");
+  EXPECT_TRUE(knownCellFound(problem, itoCandidates(problem), 4));
+}
+
 // A triclinic cell whose first 15 lines lie in one zone (4.04 × 11.4 × 14.6 Å, exact positions):
 // neither zone axis has the right cross term with the third among the few lines on it, and a
 // trial with one of them refines to a cell that leaves a line out. The cross term found from all

@@ -17,6 +17,9 @@ constexpr double kRectangular = 0.08;  // the third constant that marks a given 
 constexpr int kRowOrderDenominator = 2;
 constexpr int kMaxRowOrder = 9;
 constexpr int kZoneRefinementCycles = 2;
+// A zone whose points catch a random line more often than this (wide line tolerances at short
+// wavelengths, fine zones) is refined onto chance lines as readily as onto its own: not refined.
+constexpr double kMaxRefinedLineChance = 0.15;
 
 struct ZonePoint {
   int h, k;
@@ -97,6 +100,11 @@ bool reformulateCentred(ItoZone& zone, const ItoLines& lines) {
   }
   reduceZone(zone);
   return true;
+}
+
+// The chance that one of a zone's points falls within the tolerance of a random line.
+double lineChance(const ItoZone& zone, const ItoLines& lines) {
+  return zone.points * 2.0 * lines.meanTolerance / lines.q[static_cast<std::size_t>(lines.indexingCount() - 1)];
 }
 
 // Least squares of qa, qb and r on the lines among the first 20 the zone indexes, weighted by their
@@ -314,7 +322,7 @@ ZoneSearch findZones(const ItoLines& lines, const ItoParameters& parameters, con
     if (!plausible(zone, lines, parameters.tol2)) continue;
     evaluateZone(zone, lines);
     if (zone.indexed < kMinZoneLines || zone.points > kMaxPointsPerLine * zone.indexed) continue;
-    for (int cycle = 0; cycle < kZoneRefinementCycles; ++cycle) {
+    for (int cycle = 0; cycle < kZoneRefinementCycles && lineChance(zone, lines) <= kMaxRefinedLineChance; ++cycle) {
       ItoZone refined = zone;
       if (!refineZoneConstants(refined, lines)) break;
       evaluateZone(refined, lines);
