@@ -583,12 +583,24 @@ LatticeSearch combineZones(const std::vector<ItoZone>& zones, const ItoLines& li
               addLattice(trial, c1.support + c2.support, pedigree);
             }
         // one cross term from the lines on a zone axis, the other from all lines that need it
+        // The cross term found from all lines is then held and the first one sought again the same
+        // way: when neither zone axis has its true cross term among the few lines on it, the pass
+        // from the right angle finds the second, the next pass the first. Beyond the first two
+        // lines off the zone only from the right angle: from every value a problem takes 40 % longer.
         for (const Cluster& c1 : p1)
-          for (const Cluster& c2 : secondCrossTerm(zone.qa, zone.qb, zone.r, qc, c1.x, lines, parameters.tol3, kSecondCrossTerms))
+          for (const Cluster& c2 : secondCrossTerm(zone.qa, zone.qb, zone.r, qc, c1.x, lines, parameters.tol3, kSecondCrossTerms)) {
             addLattice(ReciprocalMetric{zone.qa, zone.qb, qc, c2.x, c1.x, zone.r}, c1.support + c2.support, pedigree);
+            if (!shortest && c1.x != 0.0) continue;
+            for (const Cluster& again : secondCrossTerm(zone.qb, zone.qa, zone.r, qc, c2.x, lines, parameters.tol3, 1))
+              addLattice(ReciprocalMetric{zone.qa, zone.qb, qc, c2.x, again.x, zone.r}, again.support + c2.support, pedigree);
+          }
         for (const Cluster& c2 : p2)
-          for (const Cluster& c1 : secondCrossTerm(zone.qb, zone.qa, zone.r, qc, c2.x, lines, parameters.tol3, kSecondCrossTerms))
+          for (const Cluster& c1 : secondCrossTerm(zone.qb, zone.qa, zone.r, qc, c2.x, lines, parameters.tol3, kSecondCrossTerms)) {
             addLattice(ReciprocalMetric{zone.qa, zone.qb, qc, c2.x, c1.x, zone.r}, c1.support + c2.support, pedigree);
+            if (!shortest && c2.x != 0.0) continue;
+            for (const Cluster& again : secondCrossTerm(zone.qa, zone.qb, zone.r, qc, c1.x, lines, parameters.tol3, 1))
+              addLattice(ReciprocalMetric{zone.qa, zone.qb, qc, again.x, c1.x, zone.r}, c1.support + again.support, pedigree);
+          }
       }
     }
   }

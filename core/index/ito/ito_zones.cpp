@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <set>
 #include <utility>
 
@@ -11,6 +12,14 @@ namespace {
 constexpr int kMaxOrder = 3;          // m, n of the zone points tried against a line
 constexpr int kMinZoneLines = 5;      // a zone indexing fewer of the first 20 lines is noise
 constexpr double kRectangular = 0.08;  // the third constant that marks a given rectangular zone
+// Two lines are taken as orders m and n of one row when q2/q1 is (m/n)² with n at most 2 and m at
+// most 9: with larger orders the error of the first line, times m²/n², lets any pair pass.
+constexpr int kRowOrderDenominator = 2;
+constexpr int kMaxRowOrder = 9;
+constexpr int kZoneRefinementCycles = 2;
+// A zone whose points catch a random line more often than this (wide line tolerances at short
+// wavelengths, fine zones) is refined onto chance lines as readily as onto its own: not refined.
+constexpr double kMaxRefinedLineChance = 0.15;
 
 struct ZonePoint {
   int h, k;
@@ -89,6 +98,54 @@ bool reformulateCentred(ItoZone& zone, const ItoLines& lines) {
     zone.qa = qa;
     zone.qb = qb;
   }
+  reduceZone(zone);
+  return true;
+}
+
+// The chance that one of a zone's points falls within the tolerance of a random line.
+double lineChance(const ItoZone& zone, const ItoLines& lines) {
+  return zone.points * 2.0 * lines.meanTolerance / lines.q[static_cast<std::size_t>(lines.indexingCount() - 1)];
+}
+
+// Least squares of qa, qb and r on the lines among the first 20 the zone indexes, weighted by their
+// tolerances. A zone built from one line and the orders of another carries the error of those lines
+// times the square of the order: with the error of a line at 4° 2θ the eighth order of its row
+// already misses its line.
+bool refineZoneConstants(ItoZone& zone, const ItoLines& lines) {
+  const int n = lines.indexingCount();
+  const auto points = zonePoints(zone, lines.q[static_cast<std::size_t>(n - 1)] + lines.tolerance[static_cast<std::size_t>(n - 1)]);
+  double m[3][3] = {}, v[3] = {};
+  int used = 0;
+  for (int i = 0; i < n; ++i) {
+    const double q = lines.q[static_cast<std::size_t>(i)], tol = lines.tolerance[static_cast<std::size_t>(i)];
+    const auto* p = nearestPoint(points, q, tol);
+    if (!p) continue;
+    const double x[3] = {static_cast<double>(p->h * p->h), static_cast<double>(p->k * p->k), static_cast<double>(p->h * p->k)};
+    const double w = 1.0 / (tol * tol);
+    for (int r = 0; r < 3; ++r) {
+      v[r] += w * x[r] * q;
+      for (int c = 0; c < 3; ++c) m[r][c] += w * x[r] * x[c];
+    }
+    ++used;
+  }
+  if (used < kMinZoneLines) return false;
+  const double det = m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) - m[0][1] * (m[1][0] * m[2][2] - m[1][2] * m[2][0]) +
+                     m[0][2] * (m[1][0] * m[2][1] - m[1][1] * m[2][0]);
+  // lines on one or two rows only do not fix all three constants
+  if (!(std::abs(det) > 1e-9 * std::abs(m[0][0] * m[1][1] * m[2][2]))) return false;
+  double solution[3];
+  for (int col = 0; col < 3; ++col) {
+    double a[3][3];
+    for (int r = 0; r < 3; ++r)
+      for (int c = 0; c < 3; ++c) a[r][c] = c == col ? v[r] : m[r][c];
+    solution[col] = (a[0][0] * (a[1][1] * a[2][2] - a[1][2] * a[2][1]) - a[0][1] * (a[1][0] * a[2][2] - a[1][2] * a[2][0]) +
+                     a[0][2] * (a[1][0] * a[2][1] - a[1][1] * a[2][0])) /
+                    det;
+  }
+  if (!(solution[0] > 0.0 && solution[1] > 0.0 && 4.0 * solution[0] * solution[1] > solution[2] * solution[2])) return false;
+  zone.qa = solution[0];
+  zone.qb = solution[1];
+  zone.r = solution[2];
   reduceZone(zone);
   return true;
 }
@@ -179,6 +236,16 @@ ItoZone givenZone(const ItoZoneCard& card) {
 
 }  // namespace
 
+bool onSameRow(const ItoLines& lines, int i, int j) {
+  const double qi = lines.q[static_cast<std::size_t>(i)], qj = lines.q[static_cast<std::size_t>(j)];
+  const double ti = lines.tolerance[static_cast<std::size_t>(i)], tj = lines.tolerance[static_cast<std::size_t>(j)];
+  for (int n = 1; n <= kRowOrderDenominator; ++n) {
+    const int m = static_cast<int>(std::lround(std::sqrt(qj * n * n / qi)));
+    if (m > n && m <= kMaxRowOrder && std::gcd(m, n) == 1 && std::abs(qj * n * n - m * m * qi) <= n * n * tj + m * m * ti) return true;
+  }
+  return false;
+}
+
 void reduceZone(ItoZone& zone) {
   for (int step = 0; step < 100; ++step) {
     if (zone.qa > zone.qb) std::swap(zone.qa, zone.qb);
@@ -224,13 +291,20 @@ ZoneSearch findZones(const ItoLines& lines, const ItoParameters& parameters, con
   std::vector<ItoZone> candidates;
   const int nq1 = std::min(parameters.nq1, lines.indexingCount());
   const int nq2 = std::min(parameters.nq2, lines.indexingCount());
-  for (int i = 0; i < nq1; ++i)
-    for (int j = i; j < nq2; ++j) {
+  for (int i = 0; i < nq1; ++i) {
+    // Line i with itself and the lines after it up to the nq2-th. A line on the row of line i
+    // spans no zone with it: the next line takes its place, so that first lines that are all
+    // orders of one short row (a long axis) still meet the lines off that row.
+    int partners = 0;
+    for (int j = i; j < lines.indexingCount() && partners < nq2 - i; ++j) {
+      if (j != i && onSameRow(lines, i, j)) continue;
+      ++partners;
       const double qi = lines.q[static_cast<std::size_t>(i)], qj = lines.q[static_cast<std::size_t>(j)];
       zonesFromPair(qi, qj, i + 1, j + 1, lines, parameters.tol2, candidates);
       // the first line of a pair may itself be a second order (a 200-type line)
       zonesFromPair(qi / 4.0, qj, i + 1, j + 1, lines, parameters.tol2, candidates);
     }
+  }
   // own line pairs are searched like the automatic ones, own zones enter the table directly
   for (const auto& card : own) {
     if (card.count == 2) zonesFromPair(card.values[0], card.values[1], 0, 0, lines, parameters.tol2, candidates);
@@ -248,6 +322,13 @@ ZoneSearch findZones(const ItoLines& lines, const ItoParameters& parameters, con
     if (!plausible(zone, lines, parameters.tol2)) continue;
     evaluateZone(zone, lines);
     if (zone.indexed < kMinZoneLines || zone.points > kMaxPointsPerLine * zone.indexed) continue;
+    for (int cycle = 0; cycle < kZoneRefinementCycles && lineChance(zone, lines) <= kMaxRefinedLineChance; ++cycle) {
+      ItoZone refined = zone;
+      if (!refineZoneConstants(refined, lines)) break;
+      evaluateZone(refined, lines);
+      if (refined.indexed < zone.indexed || refined.points > kMaxPointsPerLine * refined.indexed) break;
+      zone = refined;
+    }
     if (reformulateCentred(zone, lines)) {
       zone.reformulated = true;
       evaluateZone(zone, lines);

@@ -32,6 +32,10 @@ struct ZoneSearch {
   int reformulated = 0;
 };
 
+// Lines i and j (0-based) as orders of one row: q_j/q_i = (m/n)² within their tolerances, m > n,
+// n ≤ 2, m ≤ 9 (line j the second, third, … order of the row of line i, or of its half).
+bool onSameRow(const ItoLines& lines, int i, int j);
+
 // Gauss reduction of a zone basis.
 void reduceZone(ItoZone& zone);
 
