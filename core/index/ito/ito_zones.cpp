@@ -6,6 +6,8 @@
 #include <set>
 #include <utility>
 
+#include "core/index/lattice/normal_equations.h"
+
 namespace quarvel {
 namespace {
 
@@ -114,38 +116,25 @@ double lineChance(const ItoZone& zone, const ItoLines& lines) {
 bool refineZoneConstants(ItoZone& zone, const ItoLines& lines) {
   const int n = lines.indexingCount();
   const auto points = zonePoints(zone, lines.q[static_cast<std::size_t>(n - 1)] + lines.tolerance[static_cast<std::size_t>(n - 1)]);
-  double m[3][3] = {}, v[3] = {};
+  NormalEquations equations(3);
   int used = 0;
   for (int i = 0; i < n; ++i) {
     const double q = lines.q[static_cast<std::size_t>(i)], tol = lines.tolerance[static_cast<std::size_t>(i)];
     const auto* p = nearestPoint(points, q, tol);
     if (!p) continue;
-    const double x[3] = {static_cast<double>(p->h * p->h), static_cast<double>(p->k * p->k), static_cast<double>(p->h * p->k)};
-    const double w = 1.0 / (tol * tol);
-    for (int r = 0; r < 3; ++r) {
-      v[r] += w * x[r] * q;
-      for (int c = 0; c < 3; ++c) m[r][c] += w * x[r] * x[c];
-    }
+    const double row[3] = {static_cast<double>(p->h * p->h), static_cast<double>(p->k * p->k), static_cast<double>(p->h * p->k)};
+    equations.add(row, q, 1.0 / (tol * tol));
     ++used;
   }
   if (used < kMinZoneLines) return false;
-  const double det = m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) - m[0][1] * (m[1][0] * m[2][2] - m[1][2] * m[2][0]) +
-                     m[0][2] * (m[1][0] * m[2][1] - m[1][1] * m[2][0]);
   // lines on one or two rows only do not fix all three constants
-  if (!(std::abs(det) > 1e-9 * std::abs(m[0][0] * m[1][1] * m[2][2]))) return false;
-  double solution[3];
-  for (int col = 0; col < 3; ++col) {
-    double a[3][3];
-    for (int r = 0; r < 3; ++r)
-      for (int c = 0; c < 3; ++c) a[r][c] = c == col ? v[r] : m[r][c];
-    solution[col] = (a[0][0] * (a[1][1] * a[2][2] - a[1][2] * a[2][1]) - a[0][1] * (a[1][0] * a[2][2] - a[1][2] * a[2][0]) +
-                     a[0][2] * (a[1][0] * a[2][1] - a[1][1] * a[2][0])) /
-                    det;
-  }
-  if (!(solution[0] > 0.0 && solution[1] > 0.0 && 4.0 * solution[0] * solution[1] > solution[2] * solution[2])) return false;
-  zone.qa = solution[0];
-  zone.qb = solution[1];
-  zone.r = solution[2];
+  const auto solution = equations.solve();
+  if (!solution) return false;
+  const std::vector<double>& x = solution->p;
+  if (!(x[0] > 0.0 && x[1] > 0.0 && 4.0 * x[0] * x[1] > x[2] * x[2])) return false;
+  zone.qa = x[0];
+  zone.qb = x[1];
+  zone.r = x[2];
   reduceZone(zone);
   return true;
 }
