@@ -505,6 +505,10 @@ class TreorRunner {
       stageAcceptedZeros_.push_back(stored.zero);
       bestAcceptedMerit_ = std::max(bestAcceptedMerit_, stored.m20);
       stored.metricSystem = latticeSymmetry(stored.cell, Centring::P).system;
+      // The cycles of the acceptance can settle on a lattice accepted before (trials of several
+      // lattices that meet in one well-fitting cell); listed again it would crowd out the others.
+      for (const TreorCell& known : result_.cells)
+        if (known.accepted && sameLattice(known.cell, Centring::P, stored.cell, Centring::P)) return true;
     }
     result_.cells.push_back(stored);
     return true;
