@@ -4,8 +4,10 @@
 #include <sstream>
 
 #include "core/common/text_file.h"
+#include "core/index/lattice/niggli_reduction.h"
 #include "core/index/lattice/synthetic_lines.h"
 #include "core/index/lattice/units.h"
+#include "core/index/treor/cell_report.h"
 #include "core/index/treor/treor_run.h"
 #include "core/index/treor/treor_solutions.h"
 
@@ -29,6 +31,29 @@ std::string firstLinesOf(const TreorResult& result, std::string_view start, int 
       break;
     }
   return text;
+}
+
+// A triclinic trial (a finer lattice of a monoclinic trial, a general triclinic solve) comes in
+// whatever basis gave it. Refined in a strongly oblique one, the normal equations were singular and
+// the trial kept its start values: a wrong cell was accepted instead of this monoclinic C one.
+TEST(TreorUnits, TriclinicTrialRefinesInAnObliqueBasis) {
+  const CellParameters monoclinicC{2.938, 7.420, 13.826, 90, 95.8, 90};
+  ObservedLines lines;
+  SyntheticLineOptions o;
+  o.maxLines = 25;
+  lines.twoTheta = syntheticLines(monoclinicC, Centring::C, o);
+  for (const double t : lines.twoTheta) lines.q.push_back(qFromTwoTheta(t, lines.wavelength));
+  lines.given = lines.twoTheta;
+  lines.refineTolerance = qFromSinSquaredTheta(0.0004, lines.wavelength);
+  // The primitive cell (3.99, 3.99, 13.83 Å) in its reduced basis and in the basis the search gave.
+  const CellParameters reduced = niggliReduce(monoclinicC, Centring::C).cell;
+  for (const CellParameters& start : {reduced, CellParameters{7.42168, 3.99097, 14.24690, 103.976, 74.945, 158.405}}) {
+    const RefinedTrial refined = refineTrial(lines, CrystalSystem::Triclinic, metricFromCell(start));
+    ASSERT_TRUE(refined.solved);
+    EXPECT_EQ(refined.figure.unindexed, 0);
+    EXPECT_GT(refined.figure.m, 1000);
+    EXPECT_NEAR(cellVolume(refined.refinement.cell), cellVolume(monoclinicC) / 2, 0.2);
+  }
 }
 
 // Every input form describes the same lines; the cell must not depend on which one the job used.

@@ -52,6 +52,18 @@ std::string cellLine(const CellParameters& c) {
          formatF(c.beta, 10, 3) + formatF(c.gamma, 10, 3) + "   VOL=" + formatF(cellVolume(c), 10, 2);
 }
 
+// A triclinic trial comes in whatever basis its base lines or a sub-lattice gave it, often with
+// angles far from 90° (a basis of 7.4, 4.0, 14.2 Å at 104°, 75°, 158° for a cell of 3.99, 3.99,
+// 13.8 Å). Its lines then have large, nearly proportional indices, and the normal equations of
+// the six coefficients are too ill-conditioned to solve: the trial would stay unrefined and be
+// judged by the M20 of its start values. The reduced basis of the same lattice refines well.
+ReciprocalMetric reducedSetting(const ReciprocalMetric& metric) {
+  if (!cellFromMetric(metric)) return metric;
+  const NiggliReduction reduction = niggliReduce(inverse(metric.tensor()));
+  if (!reduction.reduced) return metric;
+  return ReciprocalMetric::fromTensor(inverse(reduction.metric));
+}
+
 }  // namespace
 
 std::vector<double> zeroCorrectedQ(const ObservedLines& lines, double zero) {
@@ -73,16 +85,17 @@ RefinedTrial refineTrial(const ObservedLines& lines, CrystalSystem system, const
   options.refineZero = true;
   options.zeroBound = kRefinedZeroBound;
   const auto twoTheta = firstLines(lines.twoTheta, lines.refineLines);
-  result.refinement = refineMetric(twoTheta, start, options);
+  const ReciprocalMetric setting = system == CrystalSystem::Triclinic ? reducedSetting(start) : start;
+  result.refinement = refineMetric(twoTheta, setting, options);
   // A zero within three standard deviations of nothing only takes up misfit (with a large cell
   // and all lines at low angles the zero and the cell edges are nearly the same parameter).
   const MetricRefinement& r = result.refinement;
   if (r.solved && !(r.esdsAvailable && std::abs(r.zero) > kSignificantZero * r.zeroSigma)) {
     options.refineZero = false;
-    result.refinement = refineMetric(twoTheta, start, options);
+    result.refinement = refineMetric(twoTheta, setting, options);
   }
   result.solved = result.refinement.solved;
-  const ReciprocalMetric& metric = result.solved ? result.refinement.metric : start;
+  const ReciprocalMetric& metric = result.solved ? result.refinement.metric : setting;
   const auto q = firstLines(zeroCorrectedQ(lines, result.solved ? result.refinement.zero : 0.0), 20);
   const std::vector<double> tolerance(q.size(), lines.refineTolerance);
   result.figure = deWolffFigure(q, tolerance, metric, Centring::P);

@@ -19,7 +19,12 @@ namespace {
 
 constexpr double kReferenceWavelength = 1.5406;
 constexpr int kMaxTrialLines = 25;  // lines used in trials and refinement
-constexpr int kMaxRefinementsPerPass = 60;  // of one zero correction of a stage, smallest cells first
+// Refinements in one zero correction of a stage, smallest cells first. The low-symmetry passes
+// queue hundreds to thousands of trials, many of them small cells that index the test lines by
+// chance, and a large true cell (a monoclinic C cell of 2750 Å³) came after the first 60. In the
+// higher systems a larger budget only reaches more large wrong cells that end the search (KS).
+constexpr int kMaxRefinementsPerPass = 60;
+constexpr int kMaxLowSymmetryRefinementsPerPass = 150;
 // Monoclinic and triclinic cells are checked for finer lattices up to this index.
 constexpr int kMaxSubCellIndex = 6;
 // Trial cells with more calculated lines than this many times the test lines are not refined
@@ -374,7 +379,9 @@ class TreorRunner {
       return cellVolume(x.trial.metric) < cellVolume(y.trial.metric);
     });
     for (const PendingTrial& p : pending_) {
-      if (refinedInPass_ >= kMaxRefinementsPerPass || !search_->keepGoing()) break;
+      const bool lowSymmetry = p.trial.system == CrystalSystem::Monoclinic || p.trial.system == CrystalSystem::Triclinic;
+      const int budget = lowSymmetry ? kMaxLowSymmetryRefinementsPerPass : kMaxRefinementsPerPass;
+      if (refinedInPass_ >= budget || !search_->keepGoing()) break;
       refineCandidate(p.trial, p.family);
     }
     pending_.clear();
@@ -505,6 +512,10 @@ class TreorRunner {
       stageAcceptedZeros_.push_back(stored.zero);
       bestAcceptedMerit_ = std::max(bestAcceptedMerit_, stored.m20);
       stored.metricSystem = latticeSymmetry(stored.cell, Centring::P).system;
+      // The cycles of the acceptance can settle on a lattice accepted before (trials of several
+      // lattices that meet in one well-fitting cell); listed again it would crowd out the others.
+      for (const TreorCell& known : result_.cells)
+        if (known.accepted && sameLattice(known.cell, Centring::P, stored.cell, Centring::P)) return true;
     }
     result_.cells.push_back(stored);
     return true;

@@ -228,9 +228,12 @@ bool TrialSearch::refitOnTestLines(Trial& trial) const {
   const ReciprocalMetric metric = metricFromParameters(trial.system, std::span<const double>(p->data(), m));
   if (!isPositiveDefinite(metric)) return false;
   const double zero = (*p)[m];
-  int indexed = 0;
-  for (int i = 0; i < n; ++i)
+  // Most trials fail here; the count stops as soon as too many lines are missed.
+  int indexed = 0, misses = 0;
+  for (int i = 0; i < n; ++i) {
     if (hasLineWithin(metric, Centring::P, problem_.q[i] - zero * problem_.slope[i], problem_.fitWindow[i])) ++indexed;
+    else if (++misses > n - printThreshold_) return false;
+  }
   if (indexed < printThreshold_) return false;
   trial.metric = metric;
   trial.parameters = parametersFromMetric(trial.system, metric);
