@@ -116,7 +116,8 @@ IndexingCase benchmarkProblem(std::uint32_t seed, const std::string& name, std::
 TEST(TreorEngine, AcceptedCellsListEachLatticeOnce) {
   TreorInput input = treorInputFor(benchmarkProblem(3, "mP ", {0.02}, {0.05}));
   input.keywords.vol = kBenchmarkVolumeLimit;
-  const auto accepted = rankedAcceptedCells(runTreor(input, nullptr).cells);
+  const TreorResult result = runTreor(input, nullptr);  // the ranking points into its cells
+  const auto accepted = rankedAcceptedCells(result.cells);
   ASSERT_GE(accepted.size(), 2u);
   for (std::size_t i = 0; i < accepted.size(); ++i)
     for (std::size_t j = i + 1; j < accepted.size(); ++j)
