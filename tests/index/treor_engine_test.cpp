@@ -145,6 +145,15 @@ TEST(TreorEngine, LinesThatObeyAllThreeBaseCentringsAreFaceCentred) {
   EXPECT_TRUE(knownCellFound(c, acceptedCandidates(result), 4));
 }
 
+// An F-centred orthorhombic cell of 2.74 × 13.5 × 19.7 Å with 0.02° noise and a 0.05° zero: the
+// cubic to monoclinic stages miss it and a wrong monoclinic cell reaches M20 25, just above
+// twice MERIT; the triclinic stage, which finds the primitive lattice, must still run.
+TEST(TreorEngine, SearchGoesOnAfterAWrongCellJustAboveTwiceMerit) {
+  const IndexingCase c = benchmarkProblem(2, "oF λ1.5406 σ0.02 z0.05", {0.0, 0.01, 0.02}, {0.0, 0.05});
+  ASSERT_EQ(c.centring, Centring::F);
+  EXPECT_TRUE(knownCellFound(c, indexWithTreor(c), 4));
+}
+
 // A zero error of 0.05° is a relative error of up to 1 % in q at the base lines; the stages try
 // corrected lines and the least squares refine the zero, which the report prints under the cell.
 TEST(TreorEngine, ZeroErrorOfTheLinesIsCorrectedAndReported) {

@@ -68,8 +68,10 @@ double effectiveWindow(double value, double defaultValue, double wavelength) {
 constexpr double kZeroCorrections[] = {0.0, 0.05, -0.05, 0.10, -0.10};
 // An accepted cell whose refined zero stays within this of the correction tried ends the tries.
 constexpr double kZeroSettled = 0.025;
-// An accepted cell with M20 this many times MERIT ends the run when KS or THS say so.
-constexpr double kConvincingMerit = 2.0;
+// An accepted cell with M20 this many times MERIT ends the run when KS or THS say so. At twice
+// MERIT a wrong monoclinic cell at M20 25 of an F-centred orthorhombic pattern ended the run
+// before the triclinic stage, whose reduced cells reach the F cell's primitive lattice.
+constexpr double kConvincingMerit = 2.5;
 // Angular error (degrees 2θ) of the lines that the trial windows allow for at the default D1.
 constexpr double kTrialAngularError = 0.02;
 
