@@ -131,6 +131,30 @@ TEST(TreorEngine, LargeMonoclinicCellBehindManySmallTrials) {
   EXPECT_TRUE(knownCellFound(c, indexWithTreor(c), 4));
 }
 
+// An F-centred orthorhombic cell refined with its own edges, noise-free: the impurity line lies
+// nearer an A reflection than any F one, so M20 ranks A above F, yet every line obeys F. The
+// lattice offered must be F, not A.
+TEST(TreorEngine, LinesThatObeyAllThreeBaseCentringsAreFaceCentred) {
+  const IndexingCase c = benchmarkProblem(3, "oF λ1.5406 σ0.00 z0.00", {0.0, 0.01, 0.02}, {0.0, 0.05});
+  ASSERT_EQ(c.centring, Centring::F);
+  TreorInput input = treorInputFor(c);
+  input.keywords.vol = kBenchmarkVolumeLimit;
+  const TreorResult result = runTreor(input, nullptr);
+  const auto accepted = rankedAcceptedCells(result.cells);
+  ASSERT_FALSE(accepted.empty());
+  EXPECT_EQ(accepted.front()->centring, Centring::F) << reportText(result);
+  EXPECT_TRUE(knownCellFound(c, acceptedCandidates(result), 4));
+}
+
+// An F-centred orthorhombic cell of 2.74 × 13.5 × 19.7 Å with 0.02° noise and a 0.05° zero: the
+// cubic to monoclinic stages miss it and a wrong monoclinic cell reaches M20 25, just above
+// twice MERIT; the triclinic stage, which finds the primitive lattice, must still run.
+TEST(TreorEngine, SearchGoesOnAfterAWrongCellJustAboveTwiceMerit) {
+  const IndexingCase c = benchmarkProblem(2, "oF λ1.5406 σ0.02 z0.05", {0.0, 0.01, 0.02}, {0.0, 0.05});
+  ASSERT_EQ(c.centring, Centring::F);
+  EXPECT_TRUE(knownCellFound(c, indexWithTreor(c), 4));
+}
+
 // A zero error of 0.05° is a relative error of up to 1 % in q at the base lines; the stages try
 // corrected lines and the least squares refine the zero, which the report prints under the cell.
 TEST(TreorEngine, ZeroErrorOfTheLinesIsCorrectedAndReported) {

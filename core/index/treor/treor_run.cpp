@@ -4,6 +4,7 @@
 #include <cmath>
 #include <map>
 #include <numeric>
+#include <optional>
 
 #include "core/app/shell.h"
 #include "core/common/numbers.h"
@@ -67,8 +68,10 @@ double effectiveWindow(double value, double defaultValue, double wavelength) {
 constexpr double kZeroCorrections[] = {0.0, 0.05, -0.05, 0.10, -0.10};
 // An accepted cell whose refined zero stays within this of the correction tried ends the tries.
 constexpr double kZeroSettled = 0.025;
-// An accepted cell with M20 this many times MERIT ends the run when KS or THS say so.
-constexpr double kConvincingMerit = 2.0;
+// An accepted cell with M20 this many times MERIT ends the run when KS or THS say so. At twice
+// MERIT a wrong monoclinic cell at M20 25 of an F-centred orthorhombic pattern ended the run
+// before the triclinic stage, whose reduced cells reach the F cell's primitive lattice.
+constexpr double kConvincingMerit = 2.5;
 // Angular error (degrees 2θ) of the lines that the trial windows allow for at the default D1.
 constexpr double kTrialAngularError = 0.02;
 
@@ -572,14 +575,22 @@ class TreorRunner {
     q.resize(std::min<std::size_t>(20, q.size()));
     const std::vector<double> tolerance(q.size(), lines_.refineTolerance);
     Centring best = Centring::P;
-    double bestMerit = deWolffFigure(q, tolerance, metric, Centring::P).m;
+    DeWolffFigure bestFigure = deWolffFigure(q, tolerance, metric, Centring::P);
+    std::optional<DeWolffFigure> faceCentred;
     for (Centring c : options) {
       const DeWolffFigure f = deWolffFigure(q, tolerance, metric, c);
-      if (f.unindexed <= std::max(unindexed, k_.nix) && f.m > bestMerit * 1.5) {
+      if (c == Centring::F) faceCentred = f;
+      if (f.unindexed <= std::max(unindexed, k_.nix) && f.m > bestFigure.m * 1.5) {
         best = c;
-        bestMerit = f.m;
+        bestFigure = f;
       }
     }
+    // The F reflections are those that obey all three base centrings. When the lines judged to
+    // obey A, B or C also all obey F, the lattice is F even if its M20 is lower: without noise
+    // M20 is ruled by the one line with the largest misfit (an impurity that some A reflection
+    // happens to lie nearer than any F one), and so says nothing about the centring.
+    const bool baseCentred = best == Centring::A || best == Centring::B || best == Centring::C;
+    if (baseCentred && faceCentred && faceCentred->unindexed <= bestFigure.unindexed) best = Centring::F;
     return best;
   }
 
