@@ -659,7 +659,7 @@ class TreorRunner {
       ReciprocalMetric zoneStart;
       zoneStart.C = 0;
       search_->completeMetric(CrystalSystem::Orthorhombic, zoneStart, {0, 1}, lines, rows,
-                              [&](const Trial& zone) { completeZone(zone.metric, {2}, third, "ORTHORHOMBIC", "XYZ="); },
+                              [&](const Trial& zone) { completeZone(CrystalSystem::Orthorhombic, zone.metric, {2}, third, "ORTHORHOMBIC", "XYZ="); },
                               nullptr, false);
     }
   }
@@ -670,24 +670,20 @@ class TreorRunner {
   // long axes can index enough test lines on its own, and then any third axis passes the test
   // lines: the lines it leaves out are then looked for beyond the test lines. (Not in the
   // monoclinic stage, where the extra trials lost the cell of a synchrotron pattern of cimetidine.)
-  void completeZone(const ReciprocalMetric& zone, const std::vector<int>& unknown,
+  void completeZone(CrystalSystem system, const ReciprocalMetric& zone, const std::vector<int>& unknown,
                     const std::vector<std::array<int, 3>>& hkl, const std::string& family, const char* name) {
-    const CrystalSystem system = family == "ORTHORHOMBIC" ? CrystalSystem::Orthorhombic
-                               : family == "TRICLINIC"    ? CrystalSystem::Triclinic
-                               : family == "TETRAGONAL"   ? CrystalSystem::Tetragonal
-                               : family == "HEXAGONAL"    ? CrystalSystem::Hexagonal
-                                                          : CrystalSystem::Monoclinic;
-    const int single = unknown.size() == 1 ? 3 : 0;
+    constexpr int kLinesTriedForOneCoefficient = 3;
+    const bool oneUnknown = unknown.size() == 1;
     const ReciprocalMetric alone = zoneOnly(zone, unknown);
-    const bool beyond = single > 0 && system != CrystalSystem::Monoclinic &&
+    const bool beyond = oneUnknown && system != CrystalSystem::Monoclinic &&
                         search_->indexedTestLines(alone, problem_.iqRequired) >= problem_.iqRequired;
-    const auto missing =
-        search_->unindexedTestLines(alone, std::max(single, static_cast<int>(unknown.size())), beyond);
+    const int wanted = oneUnknown ? kLinesTriedForOneCoefficient : static_cast<int>(unknown.size());
+    const auto missing = search_->unindexedTestLines(alone, wanted, beyond);
     if (missing.size() < unknown.size()) return;
     // Zone trials are admitted before they are complete; too few indexed lines means the zone is wrong.
     if (missing.front() < static_cast<int>(unknown.size()) + 1) return;
     std::vector<std::vector<std::array<int, 3>>> rows(unknown.size(), hkl);
-    if (single == 0) {
+    if (!oneUnknown) {
       search_->completeMetric(system, zone, unknown, missing, rows, sinkFor(family, name));
       return;
     }
@@ -720,7 +716,7 @@ class TreorRunner {
       for (const auto& [h, k] : {std::pair{1, 0}, {1, 1}, {2, 0}, {2, 1}}) {
         const double form = designRow(system, h, k, 0)[0];
         const std::array<double, 2> p{problem_.q[line[0]] / form, 0.0};
-        completeZone(metricFromParameters(system, p), {2}, layer, family, "XY=");
+        completeZone(system, metricFromParameters(system, p), {2}, layer, family, "XY=");
       }
     }
   }
@@ -829,7 +825,7 @@ class TreorRunner {
           rows[i].push_back(row.hkl);
       search_->completeMetric(CrystalSystem::Monoclinic, ReciprocalMetric{}, {0, 2, 4}, lines, rows,
                               [&](const Trial& zone) {
-                                completeZone(zone.metric, {1}, withK, "MONOCLINIC DOMINANT ZONE", "XYZU=");
+                                completeZone(CrystalSystem::Monoclinic, zone.metric, {1}, withK, "MONOCLINIC DOMINANT ZONE", "XYZU=");
                               },
                               nullptr, false);
     }
@@ -887,7 +883,7 @@ class TreorRunner {
     std::vector<std::vector<std::array<int, 3>>> rows(3, zoneHkl);
     rows[0] = {{1, 0, 0}};
     search_->completeMetric(CrystalSystem::Triclinic, ReciprocalMetric{}, {0, 1, 5}, lines, rows,
-                            [&](const Trial& zone) { completeZone(zone.metric, {2, 3, 4}, layer, "TRICLINIC", "XYZU="); },
+                            [&](const Trial& zone) { completeZone(CrystalSystem::Triclinic, zone.metric, {2, 3, 4}, layer, "TRICLINIC", "XYZU="); },
                             nullptr, false);
   }
 
