@@ -291,9 +291,10 @@ int calculatedCount(const ItoLattice& lattice, const ItoLines& lines, std::vecto
 
 int quickIndexedCount(const ReciprocalMetric& metricAngstrom, const ItoLines& lines) {
   int count = 0;
+  const NearestLineFinder calculated(metricAngstrom, Centring::P);
   for (int i = 0; i < lines.indexingCount(); ++i)
-    if (hasLineWithin(metricAngstrom, Centring::P, qFromQUnits(lines.q[static_cast<std::size_t>(i)]),
-                      qFromQUnits(lines.tolerance[static_cast<std::size_t>(i)])))
+    if (calculated.hasLine(qFromQUnits(lines.q[static_cast<std::size_t>(i)]),
+                           qFromQUnits(lines.tolerance[static_cast<std::size_t>(i)])))
       ++count;
   return count;
 }

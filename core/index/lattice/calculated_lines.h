@@ -3,6 +3,7 @@
 // phases of the indexing engines call millions of times.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <span>
 #include <vector>
@@ -36,8 +37,33 @@ inline constexpr double kDistinctRelativeGap = 1e-7;
 int countDistinct(std::span<const CalculatedLine> sorted, double qLimit);
 std::vector<double> distinctValues(std::span<const CalculatedLine> sorted);
 
+// Which rows k of a given h can hold a line up to a q limit: the least value of a row over real l
+// is a quadratic in k.
+struct RowMinimum {
+  explicit RowMinimum(const ReciprocalMetric& m);
+  bool rowsReaching(int h, double target, int& lo, int& hi) const;
+  double alpha, beta, gamma;
+};
+
 // The reflection whose q is nearest to `q` among those within ±tolerance, found without a list
-// by solving the quadratic form for the last index over a range of the first two.
+// by solving the quadratic form for the last index over the rows of the first two that can
+// reach q. The per-metric constants are worked out once: a trial asks about each of its lines.
+// Rows k and -k (l and -l) of a form without the cross terms that tell them apart are looked at
+// once; ties go to the positive index.
+class NearestLineFinder {
+ public:
+  NearestLineFinder(const ReciprocalMetric& metric, Centring centring);
+  std::optional<CalculatedLine> nearest(double q, double tolerance) const;
+  bool hasLine(double q, double tolerance) const { return nearest(q, tolerance).has_value(); }
+
+ private:
+  ReciprocalMetric m_;
+  RowMinimum rows_;
+  Centring centring_;
+  std::array<double, 3> axisReach_{};  // √(G⁻¹)ᵢᵢ: largest |index| per √q
+  bool kMirror_ = false, lMirror_ = false;
+};
+
 std::optional<CalculatedLine> nearestLineWithin(const ReciprocalMetric& metric, Centring centring, double q,
                                                 double tolerance);
 inline bool hasLineWithin(const ReciprocalMetric& metric, Centring centring, double q, double tolerance) {

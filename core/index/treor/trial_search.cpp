@@ -155,10 +155,11 @@ int TrialSearch::indexedTestLines(const ReciprocalMetric& metric, int required, 
   const int n = std::min<int>(problem_.testLines, static_cast<int>(problem_.q.size()));
   const int allowedMisses = n - required;
   int misses = 0;
+  const NearestLineFinder lines(metric, Centring::P);
   // The lines the trial was solved from are indexed by construction.
   for (int i = 0; i < n; ++i) {
     if (std::find(solved.begin(), solved.end(), i) != solved.end()) continue;
-    if (!hasLineWithin(metric, Centring::P, problem_.q[i], windowOf(i)) && ++misses > allowedMisses)
+    if (!lines.hasLine(problem_.q[i], windowOf(i)) && ++misses > allowedMisses)
       return n - misses;
   }
   return n - misses;
@@ -168,8 +169,9 @@ std::vector<int> TrialSearch::unindexedTestLines(const ReciprocalMetric& metric,
   std::vector<int> out;
   const int n = beyondTestLines ? static_cast<int>(problem_.q.size())
                                 : std::min<int>(problem_.testLines, static_cast<int>(problem_.q.size()));
+  const NearestLineFinder lines(metric, Centring::P);
   for (int i = 0; i < n && static_cast<int>(out.size()) < count; ++i)
-    if (!hasLineWithin(metric, Centring::P, problem_.q[i], windowOf(i))) out.push_back(i);
+    if (!lines.hasLine(problem_.q[i], windowOf(i))) out.push_back(i);
   return out;
 }
 
@@ -200,8 +202,9 @@ bool TrialSearch::refitOnTestLines(Trial& trial) const {
   for (int i = 0; i < n; ++i) fitted.push_back(i);
   for (const int line : trial.lines)
     if (line >= n && line < static_cast<int>(problem_.q.size())) fitted.push_back(line);
+  const NearestLineFinder trialLines(trial.metric, Centring::P);
   for (const int i : fitted)
-    if (const auto near = nearestLineWithin(trial.metric, Centring::P, problem_.q[i], windowOf(i))) {
+    if (const auto near = trialLines.nearest(problem_.q[i], windowOf(i))) {
       rows.push_back(designRow(trial.system, near->h, near->k, near->l));
       used.push_back(i);
     }
@@ -230,8 +233,9 @@ bool TrialSearch::refitOnTestLines(Trial& trial) const {
   const double zero = (*p)[m];
   // Most trials fail here; the count stops as soon as too many lines are missed.
   int indexed = 0, misses = 0;
+  const NearestLineFinder fittedLines(metric, Centring::P);
   for (int i = 0; i < n; ++i) {
-    if (hasLineWithin(metric, Centring::P, problem_.q[i] - zero * problem_.slope[i], problem_.fitWindow[i])) ++indexed;
+    if (fittedLines.hasLine(problem_.q[i] - zero * problem_.slope[i], problem_.fitWindow[i])) ++indexed;
     else if (++misses > n - printThreshold_) return false;
   }
   if (indexed < printThreshold_) return false;
@@ -248,8 +252,9 @@ Trial TrialSearch::finestSubLattice(const Trial& trial, int maxIndex) const {
   // As many test lines as the trial indexes, abandoned at the first extra miss.
   auto indexesAsMany = [&](const ReciprocalMetric& m) {
     int misses = 0;
+    const NearestLineFinder lines(m, Centring::P);
     for (int i = 0; i < n; ++i)
-      if (!hasLineWithin(m, Centring::P, problem_.q[i] - trial.zero * problem_.slope[i], problem_.fitWindow[i]) &&
+      if (!lines.hasLine(problem_.q[i] - trial.zero * problem_.slope[i], problem_.fitWindow[i]) &&
           ++misses > n - trial.iq)
         return false;
     return true;
