@@ -110,6 +110,28 @@ IndexingCase benchmarkProblem(std::uint32_t seed, const std::string& name, std::
   return {};
 }
 
+// The impurity is the second line of this body-centred tetragonal pattern (and one of the first of
+// the hexagonal one): a zone trial that misses it early must still be completed when it indexes
+// the lines after it.
+TEST(TreorEngine, ZoneTrialsGoPastAnImpurityAmongTheFirstLines) {
+  for (const IndexingCase& c : {benchmarkProblem(3, "tI λ1.5406 σ0.01 z0.00", {0.0, 0.01, 0.02}, {0.0, 0.05}),
+                                benchmarkProblem(1, "hP λ1.5406 σ0.00 z0.05", {0.0, 0.01, 0.02}, {0.0, 0.05})}) {
+    ASSERT_FALSE(c.twoTheta.empty());
+    EXPECT_TRUE(knownCellFound(c, indexWithTreor(c), 4)) << c.name;
+  }
+}
+
+// Large primitive cells whose lines all lie at low angles, 0.02° noise and a 0.05° zero: with the
+// lines as given the zero refines to nothing within its large error and the edges take it up
+// (0.2 % short). Such a zero must not end the stage's zero corrections.
+TEST(TreorEngine, AnUndeterminedZeroLeavesTheOtherCorrectionsToTry) {
+  for (const std::uint32_t seed : {1u, 2u}) {
+    const IndexingCase c = benchmarkProblem(seed, "oP λ1.5406 σ0.02 z0.05", {0.0, 0.01, 0.02}, {0.0, 0.05});
+    ASSERT_FALSE(c.twoTheta.empty());
+    EXPECT_TRUE(knownCellFound(c, indexWithTreor(c), 4)) << "seed " << seed;
+  }
+}
+
 // Trials of several lattices can settle on one cell in the cycles of its acceptance (this pattern
 // of a small monoclinic cell with noise and a zero error gave it four times); listed more than once
 // it took the places of the other candidates.

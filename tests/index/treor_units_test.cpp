@@ -97,6 +97,26 @@ TEST(TreorUnits, HigherOrdersAmongTheFirstLinesAreFlagged) {
   EXPECT_EQ(firstLinesOf(result, " LINE", 1), "");
 }
 
+// M20s within a percent of each other are a tie: fewer unindexed lines first, then the smaller
+// cell (a super-cell indexing the same lines differs only by refinement noise). A cell clearly
+// better by M20 stays ahead whatever its volume.
+TEST(TreorUnits, RankingBreaksNearTiesOfMeritByUnindexedLinesThenVolume) {
+  auto cell = [](double m20, int unindexed, double volume) {
+    TreorCell c;
+    c.m20 = m20;
+    c.unindexed = unindexed;
+    c.volume = volume;
+    c.accepted = true;
+    c.metricSystem = CrystalSystem::Orthorhombic;
+    return c;
+  };
+  const std::vector<TreorCell> cells{cell(40.0, 0, 100.0), cell(50.0, 1, 400.0), cell(49.8, 0, 800.0),
+                                     cell(49.7, 0, 400.0), cell(60.0, 1, 1600.0)};
+  std::vector<double> order;
+  for (const TreorCell* c : rankedAcceptedCells(cells)) order.push_back(c->m20);
+  EXPECT_EQ(order, (std::vector<double>{60.0, 49.7, 49.8, 50.0, 40.0}));
+}
+
 TEST(TreorSolutions, ReadsAtMostAHundredAndRefusesABrokenBlock) {
   std::ostringstream many;
   for (int i = 0; i < 101; ++i)

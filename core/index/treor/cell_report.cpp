@@ -87,9 +87,10 @@ RefinedTrial refineTrial(const ObservedLines& lines, CrystalSystem system, const
   const auto twoTheta = firstLines(lines.twoTheta, lines.refineLines);
   const ReciprocalMetric setting = system == CrystalSystem::Triclinic ? reducedSetting(start) : start;
   result.refinement = refineMetric(twoTheta, setting, options);
-  // A zero within three standard deviations of nothing only takes up misfit (with a large cell
-  // and all lines at low angles the zero and the cell edges are nearly the same parameter).
+  // A zero within kSignificantZero standard deviations of nothing only takes up misfit (with a
+  // large cell and all lines at low angles the zero and the cell edges are nearly one parameter).
   const MetricRefinement& r = result.refinement;
+  result.zeroSigma = r.esdsAvailable ? r.zeroSigma : kRefinedZeroBound;
   if (r.solved && !(r.esdsAvailable && std::abs(r.zero) > kSignificantZero * r.zeroSigma)) {
     options.refineZero = false;
     result.refinement = refineMetric(twoTheta, setting, options);

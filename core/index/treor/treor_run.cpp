@@ -224,7 +224,16 @@ class TreorRunner {
   }
 
   // A cell accepted in this stage whose refined zero is one of the corrections tried: the
-  // trials have seen the lines with their zero error taken off.
+  // trials have seen the lines with their zero error taken off. Only a zero the lines determine
+  // counts (one whose significance limit lies within the agreement asked for): with a large
+  // cell whose lines all lie at low angles the zero and the edges are nearly one parameter, the
+  // zero refines to nothing within a few hundredths of a degree, and
+  // the cell takes up the zero error (edges 0.2-0.4 % short at a 0.05° zero). The other
+  // corrections are then tried, and M20 ranks the cells they give.
+  void noteAcceptedZero(const TreorCell& cell) {
+    if (kSignificantZero * cell.zeroSigma <= kZeroSettled) stageAcceptedZeros_.push_back(cell.zero);
+  }
+
   bool zeroSettled(const std::vector<double>& tried) const {
     for (const double accepted : stageAcceptedZeros_)
       for (const double zero : tried)
@@ -458,8 +467,9 @@ class TreorRunner {
     const int allowed = std::max(current.result.figure.unindexed, k_.nix);
     auto indexesEnough = [&](const ReciprocalMetric& m) {
       int misses = 0;
+      const NearestLineFinder lines(m, Centring::P);
       for (const double value : q)
-        if (!hasLineWithin(m, Centring::P, value, lines_.refineTolerance) && ++misses > allowed) return false;
+        if (!lines.hasLine(value, lines_.refineTolerance) && ++misses > allowed) return false;
       return true;
     };
     Refined best = current;
@@ -501,7 +511,7 @@ class TreorRunner {
     // correction, an accepted one still tells the stage that the zero is settled.
     for (const TreorCell& known : result_.cells)
       if (sameLattice(known.cell, Centring::P, *cell, Centring::P)) {
-        if (known.accepted) stageAcceptedZeros_.push_back(known.zero);
+        if (known.accepted) noteAcceptedZero(known);
         return false;
       }
     ++refinedInPass_;
@@ -509,10 +519,11 @@ class TreorRunner {
     printRefinement(result_.report, lines_, best.system, &best.start, refined, centring);
     TreorCell stored{best.system, family, *cell, centring, cellVolume(*cell), refined.figure.m, refined.figure.unindexed, false};
     stored.zero = lines_.correction + refined.refinement.zero;
+    stored.zeroSigma = refined.zeroSigma;
     stored.accepted = stored.m20 >= k_.merit && stored.unindexed <= k_.nix;
     if (stored.accepted) {
       accept(best.system, metric, stored);
-      stageAcceptedZeros_.push_back(stored.zero);
+      noteAcceptedZero(stored);
       bestAcceptedMerit_ = std::max(bestAcceptedMerit_, stored.m20);
       stored.metricSystem = latticeSymmetry(stored.cell, Centring::P).system;
       // The cycles of the acceptance can settle on a lattice accepted before (trials of several
@@ -542,6 +553,7 @@ class TreorRunner {
         stored.m20 = again.figure.m;
         stored.unindexed = again.figure.unindexed;
         stored.zero = lines_.correction + again.refinement.zero;
+        stored.zeroSigma = again.zeroSigma;
       }
     }
     printCellAnalysis(result_.report, lines_, stored.cell, again.solved ? primitiveMerit : stored.m20);
@@ -680,8 +692,13 @@ class TreorRunner {
     const int wanted = oneUnknown ? kLinesTriedForOneCoefficient : static_cast<int>(unknown.size());
     const auto missing = search_->unindexedTestLines(alone, wanted, beyond);
     if (missing.size() < unknown.size()) return;
-    // Zone trials are admitted before they are complete; too few indexed lines means the zone is wrong.
-    if (missing.front() < static_cast<int>(unknown.size()) + 1) return;
+    // Zone trials are admitted before they are complete; too few indexed lines means the zone is
+    // wrong. One early miss may be an impurity (as line 2 it would otherwise end the test): the
+    // zone must then index a longer run of lines before its next miss.
+    const int leading = static_cast<int>(unknown.size()) + 1;
+    const bool indexesFirstLines = missing.front() >= leading;
+    const bool indexesPastOneImpurity = missing.size() >= 2 && missing[1] - 1 >= leading + 1;
+    if (!indexesFirstLines && !indexesPastOneImpurity) return;
     std::vector<std::vector<std::array<int, 3>>> rows(unknown.size(), hkl);
     if (!oneUnknown) {
       search_->completeMetric(system, zone, unknown, missing, rows, sinkFor(family, name));
@@ -969,11 +986,21 @@ std::vector<const TreorCell*> rankedAcceptedCells(const std::vector<TreorCell>& 
   auto weighted = [](const TreorCell* c) {
     return c->m20 / std::pow(kMeritPerParameter, freeParameterCount(c->metricSystem) - 1);
   };
-  std::stable_sort(accepted.begin(), accepted.end(), [&](const TreorCell* x, const TreorCell* y) {
-    if (weighted(x) != weighted(y)) return weighted(x) > weighted(y);
-    if (x->unindexed != y->unindexed) return x->unindexed < y->unindexed;
-    return x->volume < y->volume;
-  });
+  std::stable_sort(accepted.begin(), accepted.end(),
+                   [&](const TreorCell* x, const TreorCell* y) { return weighted(x) > weighted(y); });
+  // M20s within a percent of the best of their run are a tie, broken by fewer unindexed lines and
+  // then the smaller cell: a super-cell that indexes the same lines (judged by the lattice its
+  // lines obey) differs from the cell only by refinement noise.
+  constexpr double kTie = 0.01;
+  for (auto first = accepted.begin(); first != accepted.end();) {
+    auto last = std::find_if(first, accepted.end(),
+                             [&](const TreorCell* c) { return weighted(c) < (1.0 - kTie) * weighted(*first); });
+    std::stable_sort(first, last, [](const TreorCell* x, const TreorCell* y) {
+      if (x->unindexed != y->unindexed) return x->unindexed < y->unindexed;
+      return x->volume < y->volume;
+    });
+    first = last;
+  }
   return accepted;
 }
 

@@ -25,6 +25,7 @@ struct TreorCell {
   double m20 = 0;
   int unindexed = 0;
   double zero = 0;  // degrees 2θ, refined with the cell: the true angle is the observed one minus it
+  double zeroSigma = 0;  // its standard deviation (also when it was dropped as insignificant)
   bool accepted = false;
   CrystalSystem metricSystem = CrystalSystem::Triclinic;  // of the lattice, whatever the setting found
 };
