@@ -3,17 +3,23 @@
 // reduction) and the median and worst time.
 //
 //   indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures]
-//                   [--filter TEXT] [--seed N] [--cu]
+//                   [--each] [--filter TEXT] [--seed N] [--cu] [--write-jobs DIR]
 //
 // --filter keeps the problems whose name contains TEXT (e.g. "mP " or "σ0.01"); --seed draws
 // other cells for the synthetic matrix (one cell per Bravais lattice and seed). --cu keeps the
 // synthetic problems at Cu Kα1 with one impurity and one missing line (all noise and zero
-// levels): 84 of the 1512 problems, for engines that take seconds per problem.
+// levels): 84 of the 1512 problems, for engines that take seconds per problem. --each prints
+// every problem with its outcome and time, to find where the time goes. --write-jobs writes each
+// problem kept as a TREOR90 input file (VOL −3000, the known cell in the title, the angles at
+// full precision) into DIR, to run one problem with `quarvel-cli treor90` and read its report.
 //
 // Engines register in engineTable() below; "refine-known" is a reference that starts from the
 // known cell and only checks the harness and the shared lattice library.
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <string>
 
@@ -22,6 +28,7 @@
 #include "core/index/benchmark/indexing_matrix.h"
 #include "core/index/ito/ito_candidates.h"
 #include "core/index/treor/treor_candidates.h"
+#include "core/index/treor/treor_job_file.h"
 
 namespace {
 
@@ -43,8 +50,16 @@ std::map<std::string, IndexingEngine> engineTable() {
           {"treor90-wide", indexWithTreorWideLimits}};
 }
 
-void printSummary(const std::string& title, const std::vector<CaseResult>& results, bool listFailures) {
+struct Listing {
+  bool failures = false;
+  bool each = false;
+};
+
+void printSummary(const std::string& title, const std::vector<CaseResult>& results, Listing listing) {
   fmt::print("\n{} ({} problems)\n", title, results.size());
+  if (listing.each)
+    for (const CaseResult& r : results)
+      fmt::print("  {:>10.1f} ms  {:<9} {}\n", 1e3 * r.seconds, r.found ? "found" : "not found", r.name);
   fmt::print("{:<14} {:>6} {:>6} {:>9} {:>12} {:>12}\n", "system", "cases", "found", "success", "median (ms)", "worst (ms)");
   int cases = 0, found = 0;
   for (const SystemSummary& s : summariseBySystem(results)) {
@@ -54,7 +69,7 @@ void printSummary(const std::string& title, const std::vector<CaseResult>& resul
     found += s.found;
   }
   if (cases > 0) fmt::print("{:<14} {:>6} {:>6} {:>8.1f}%\n", "all", cases, found, 100.0 * found / cases);
-  if (listFailures)
+  if (listing.failures)
     for (const CaseResult& r : results)
       if (!r.found) fmt::print("  not found: {}\n", r.name);
 }
@@ -64,20 +79,43 @@ void keepMatching(std::vector<IndexingCase>& cases, const std::string& filter) {
   std::erase_if(cases, [&](const IndexingCase& c) { return c.name.find(filter) == std::string::npos; });
 }
 
+// One input file per problem, named after it with the spaces and Greek letters left out.
+void writeJobs(const std::vector<IndexingCase>& problems, const std::filesystem::path& folder) {
+  std::filesystem::create_directories(folder);
+  for (const IndexingCase& p : problems) {
+    std::string fileName;
+    for (const char c : p.name)
+      if (std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '_') fileName += c;
+    TreorJob job;
+    const CellParameters& k = p.knownCell;
+    job.peakFile = fmt::format("{} known {:.4f} {:.4f} {:.4f} {:.2f} {:.2f} {:.2f} {}", p.name, k.a, k.b, k.c,
+                               k.alpha, k.beta, k.gamma, centringLetter(p.centring));
+    job.wavelength = p.wavelength;
+    job.maxVolume = kBenchmarkVolumeLimit;
+    // The angles at full precision (a job file rounds them to 0.0001°): the run then repeats the
+    // benchmark's own, also for the noise-free problems.
+    std::vector<std::string> lines = treorJobLines(job, p.twoTheta);
+    for (std::size_t i = 0; i < p.twoTheta.size(); ++i) lines[1 + i] = fmt::format("{:.9f}", p.twoTheta[i]);
+    std::ofstream out(folder / (fileName + ".tre"));
+    for (const std::string& line : lines) out << line << '\n';
+  }
+  fmt::print("wrote {} input files to {}\n", problems.size(), folder.string());
+}
+
 int usage() {
   std::fprintf(stderr,
                "usage: indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures] "
-               "[--filter TEXT] [--seed N] [--cu]\n");
+               "[--each] [--filter TEXT] [--seed N] [--cu] [--write-jobs DIR]\n");
   return 2;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::string engineName = "refine-known", only, filter, casesDir = QUARVEL_SHARED_DATA_DEFAULT "/indexing";
+  std::string engineName = "refine-known", only, filter, jobsDir, casesDir = QUARVEL_SHARED_DATA_DEFAULT "/indexing";
   if (const char* env = std::getenv("QUARVEL_SHARED_DATA")) casesDir = std::string(env) + "/indexing";
   int top = 4;
-  bool listFailures = false;
+  Listing listing;
   SyntheticMatrixOptions matrix;
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
@@ -86,7 +124,9 @@ int main(int argc, char** argv) {
     else if (arg == "--cases") casesDir = value();
     else if (arg == "--only") only = value();
     else if (arg == "--top") top = std::atoi(value().c_str());
-    else if (arg == "--list-failures") listFailures = true;
+    else if (arg == "--list-failures") listing.failures = true;
+    else if (arg == "--each") listing.each = true;
+    else if (arg == "--write-jobs") jobsDir = value();
     else if (arg == "--filter") filter = value();
     else if (arg == "--seed") matrix.seed = static_cast<std::uint32_t>(std::atol(value().c_str()));
     else if (arg == "--cu") {
@@ -113,12 +153,16 @@ int main(int argc, char** argv) {
     for (const auto& e : errors) fmt::print("skipped: {}\n", e);
     keepMatching(cases, filter);
     if (cases.empty()) fmt::print("\nno case files in {}\n", casesDir);
-    else printSummary("Case files in " + casesDir, runIndexingMatrix(engine->second, cases, top), listFailures);
+    else printSummary("Case files in " + casesDir, runIndexingMatrix(engine->second, cases, top), listing);
   }
   if (only != "cases") {
     auto synthetic = syntheticMatrix(matrix);
     keepMatching(synthetic, filter);
-    printSummary("Synthetic matrix", runIndexingMatrix(engine->second, synthetic, top), listFailures);
+    if (!jobsDir.empty()) {
+      writeJobs(synthetic, jobsDir);
+      return 0;
+    }
+    printSummary("Synthetic matrix", runIndexingMatrix(engine->second, synthetic, top), listing);
   }
   return 0;
 }
