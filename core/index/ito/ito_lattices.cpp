@@ -471,12 +471,8 @@ MetricRefinement refineWithSignificantZero(std::span<const double> twoTheta, con
                                            MetricRefinementOptions options, const ItoLines& lines) {
   // spacings and q-units given directly carry no goniometer zero
   options.refineZero = lines.kind == ItoInputKind::TwoTheta;
-  MetricRefinement r = refineMetric(twoTheta, start, options);
-  if (options.refineZero && r.solved && !(r.esdsAvailable && std::abs(r.zero) > kSignificantZero * r.zeroSigma)) {
-    options.refineZero = false;
-    r = refineMetric(twoTheta, start, options);
-  }
-  return r;
+  options.zeroSignificance = kSignificantZero;
+  return refineMetric(twoTheta, start, options);
 }
 
 void scoreLattice(ItoLattice& lattice, const ItoLines& lines) {

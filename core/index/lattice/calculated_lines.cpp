@@ -93,6 +93,45 @@ int countDistinct(std::span<const CalculatedLine> sorted, double qLimit) {
   return count;
 }
 
+bool moreDistinctLinesThan(const ReciprocalMetric& m, double qMax, int limit, std::vector<double>& values) {
+  values.clear();
+  if (!(qMax > 0.0) || !isPositiveDefinite(m)) return false;
+  // Rows k and -k (l and -l) of a form without the cross terms that tell them apart hold the same
+  // values bit for bit, so one of each gives the same count: an orthorhombic trial lists a
+  // quarter of its reflections. When even those are within the limit, no sort is needed.
+  const bool kMirror = m.D == 0.0 && m.F == 0.0, lMirror = m.D == 0.0 && m.E == 0.0;
+  const auto [hMax, kMax, lMax] = indexBounds(m, qMax);
+  const double limitQ = qMax * (1.0 + 1e-10);
+  const RowMinimum rows(m);
+  for (int h = 0; h <= hMax; ++h) {
+    int kLo = 0, kHi = 0;
+    if (!rows.rowsReaching(h, limitQ, kLo, kHi)) continue;
+    for (int k = std::max(kLo, (h == 0 || kMirror) ? 0 : -kMax); k <= std::min(kHi, kMax); ++k) {
+      const double c0 = m.A * h * h + m.B * k * k + m.F * h * k;
+      const double b = m.D * k + m.E * h;
+      int lo = 0, hi = 0;
+      if (!lRange(m.C, b, c0, limitQ, lo, hi)) continue;
+      lo = std::max(lo, lMirror ? 0 : -lMax);
+      hi = std::min(hi, lMax);
+      if (h == 0 && k == 0) lo = std::max(lo, 1);
+      for (int l = lo; l <= hi; ++l) {
+        const double q = c0 + l * (b + m.C * l);
+        if (q > 0.0 && q <= limitQ) values.push_back(q);
+      }
+    }
+  }
+  if (static_cast<int>(values.size()) <= limit) return false;
+  std::sort(values.begin(), values.end());
+  int count = 0;
+  double last = -1.0;
+  for (const double q : values)
+    if (count == 0 || q - last > kDistinctRelativeGap * q) {
+      if (++count > limit) return true;
+      last = q;
+    }
+  return false;
+}
+
 std::vector<double> distinctValues(std::span<const CalculatedLine> sorted) {
   std::vector<double> values;
   for (const CalculatedLine& line : sorted)
@@ -100,19 +139,110 @@ std::vector<double> distinctValues(std::span<const CalculatedLine> sorted) {
   return values;
 }
 
-NearestLineFinder::NearestLineFinder(const ReciprocalMetric& metric, Centring centring)
-    : m_(metric),
-      rows_(metric),
-      centring_(centring),
-      // The obverse rhombohedral condition -h + k + l = 3n is not kept by a change of sign of
-      // one index (its lines are still all found on hexagonal axes, through equivalent indices).
-      kMirror_(metric.D == 0.0 && metric.F == 0.0 && centring != Centring::R),
-      lMirror_(metric.D == 0.0 && metric.E == 0.0 && centring != Centring::R) {
-  const Mat3 g = inverse(metric.tensor());
-  for (int i = 0; i < 3; ++i) axisReach_[static_cast<std::size_t>(i)] = std::sqrt(g(i, i));
+namespace {
+
+// The numbers n ≤ kLimit that h² + k² (square) or h² + hk + k² (hexagonal) takes for integers h,
+// k, each with the plainest such pair: the lines of a tetragonal, hexagonal or cubic form lie at
+// A n + C l², so whether one lies near q is a question of a few n per layer l.
+struct TwoIndexValues {
+  static constexpr int kLimit = 4096;
+  std::vector<TwoIndexValue> square, hexagonal;
+
+  TwoIndexValues() : square(kLimit + 1), hexagonal(kLimit + 1) {
+    for (int h = 0; h * h <= kLimit; ++h)
+      for (int k = 0; h * h + k * k <= kLimit; ++k) {
+        if (!square[static_cast<std::size_t>(h * h + k * k)].taken) square[static_cast<std::size_t>(h * h + k * k)] = {true, h, k};
+        // Every vector of the hexagonal net is a 60° turn of one with both indices non-negative.
+        const int n = h * h + h * k + k * k;
+        if (n <= kLimit && !hexagonal[static_cast<std::size_t>(n)].taken) hexagonal[static_cast<std::size_t>(n)] = {true, h, k};
+      }
+  }
+  static const TwoIndexValues& instance() {
+    static const TwoIndexValues values;
+    return values;
+  }
+};
+
+// The coefficient of x_i x_j (i ≠ j) or of x_i² (i = j) of the quadratic form.
+double formCoefficient(const ReciprocalMetric& m, int i, int j) {
+  if (i == j) return i == 0 ? m.A : i == 1 ? m.B : m.C;
+  const int other = 3 - i - j;  // the index the cross term does not contain
+  return other == 0 ? m.D : other == 1 ? m.E : m.F;
 }
 
-std::optional<CalculatedLine> NearestLineFinder::nearest(double q, double tolerance) const {
+}  // namespace
+
+NearestLineFinder::NearestLineFinder(const ReciprocalMetric& metric, Centring centring) : centring_(centring) {
+  // The forms of tetragonal, hexagonal and cubic trials (A = B, no cross term but a hexagonal F)
+  // are searched by layers.
+  if (centring == Centring::P && metric.D == 0.0 && metric.E == 0.0 && metric.A == metric.B && metric.A > 0.0 &&
+      metric.C > 0.0 && (metric.F == 0.0 || metric.F == metric.A)) {
+    layered_ = metric.F == 0.0 ? &TwoIndexValues::instance().square : &TwoIndexValues::instance().hexagonal;
+    layerForm_ = metric;
+  }
+  // The largest index along axis i of a line up to q is √(G_ii q), with G the direct metric: the
+  // edge length times √q. The search loops over the indices of the two shorter edges and solves
+  // for the index of the longest, so the rows it looks at are as few as the lattice allows.
+  const Mat3 g = inverse(metric.tensor());
+  std::array<double, 3> edge{};
+  for (int i = 0; i < 3; ++i) edge[static_cast<std::size_t>(i)] = std::sqrt(g(i, i));
+  std::stable_sort(axes_.begin(), axes_.end(), [&](int x, int y) {
+    return edge[static_cast<std::size_t>(x)] < edge[static_cast<std::size_t>(y)];
+  });
+  const auto [u, v, w] = axes_;
+  m_.A = formCoefficient(metric, u, u), m_.B = formCoefficient(metric, v, v), m_.C = formCoefficient(metric, w, w);
+  m_.D = formCoefficient(metric, v, w), m_.E = formCoefficient(metric, u, w), m_.F = formCoefficient(metric, u, v);
+  rows_ = RowMinimum(m_);
+  for (int i = 0; i < 3; ++i) axisReach_[static_cast<std::size_t>(i)] = edge[static_cast<std::size_t>(axes_[static_cast<std::size_t>(i)])];
+  // The obverse rhombohedral condition -h + k + l = 3n is not kept by a change of sign of one
+  // index (its lines are still all found on hexagonal axes, through equivalent indices).
+  kMirror_ = m_.D == 0.0 && m_.F == 0.0 && centring != Centring::R;
+  lMirror_ = m_.D == 0.0 && m_.E == 0.0 && centring != Centring::R;
+}
+
+// The indices in the order of the caller's axes.
+CalculatedLine NearestLineFinder::line(double q, int i0, int i1, int i2) const {
+  std::array<int, 3> hkl{};
+  hkl[static_cast<std::size_t>(axes_[0])] = i0;
+  hkl[static_cast<std::size_t>(axes_[1])] = i1;
+  hkl[static_cast<std::size_t>(axes_[2])] = i2;
+  return {q, hkl[0], hkl[1], hkl[2]};
+}
+
+// Layer by layer: the lines of layer l lie at A n + C l² for the n that h² + k² (h² + hk + k²)
+// takes. False when n would run beyond the table (a very long a axis); the rows are then searched.
+template <bool anyWillDo>
+bool NearestLineFinder::searchLayers(double q, double tolerance, std::optional<CalculatedLine>& best) const {
+  const std::vector<TwoIndexValue>& values = *layered_;
+  const double A = layerForm_.A, C = layerForm_.C;
+  double bestMiss = tolerance;
+  for (int l = 0;; ++l) {
+    const double layer = C * l * l;
+    const double rest = q - layer;
+    if (rest < -tolerance) break;
+    const double highest = std::floor((rest + tolerance) / A);
+    if (highest > TwoIndexValues::kLimit) return false;
+    for (int n = std::max(static_cast<int>(std::ceil((rest - tolerance) / A)), l == 0 ? 1 : 0);
+         n <= static_cast<int>(highest); ++n) {
+      const TwoIndexValue& e = values[static_cast<std::size_t>(n)];
+      if (!e.taken) continue;
+      const double value = A * n + layer;
+      const double miss = std::abs(value - q);
+      if (miss > bestMiss) continue;
+      bestMiss = miss;
+      best = CalculatedLine{value, e.h, e.k, l};
+      if (anyWillDo) return true;
+    }
+  }
+  return true;
+}
+
+template <bool anyWillDo>
+std::optional<CalculatedLine> NearestLineFinder::search(double q, double tolerance) const {
+  if (layered_ != nullptr) {
+    std::optional<CalculatedLine> found;
+    if (searchLayers<anyWillDo>(q, tolerance, found)) return found;
+  }
   const ReciprocalMetric& m = m_;
   const double root = std::sqrt(std::max(q + tolerance, 0.0)) * (1.0 + 1e-12);
   const int hMax = static_cast<int>(std::floor(axisReach_[0] * root));
@@ -120,13 +250,19 @@ std::optional<CalculatedLine> NearestLineFinder::nearest(double q, double tolera
   const int lMax = static_cast<int>(std::floor(axisReach_[2] * root));
   std::optional<CalculatedLine> best;
   double bestMiss = tolerance;
+  // True when the search can end (any line within the tolerance will do).
   auto consider = [&](int h, int k, int l, double c0, double b) {
-    if (l < -lMax || l > lMax || (h == 0 && k == 0 && l == 0)) return;
-    const double miss = std::abs(c0 + l * (b + m.C * l) - q);
-    if (miss <= bestMiss && isAllowedReflection(centring_, h, k, l)) {
-      bestMiss = miss;
-      best = CalculatedLine{c0 + l * (b + m.C * l), h, k, l};
+    if (l < -lMax || l > lMax || (h == 0 && k == 0 && l == 0)) return false;
+    const double value = c0 + l * (b + m.C * l);
+    const double miss = std::abs(value - q);
+    if (miss > bestMiss) return false;
+    if (centring_ != Centring::P) {
+      const CalculatedLine c = line(value, h, k, l);
+      if (!isAllowedReflection(centring_, c.h, c.k, c.l)) return false;
     }
+    bestMiss = miss;
+    best = line(value, h, k, l);
+    return anyWillDo;
   };
   for (int h = 0; h <= hMax; ++h) {
     int kLo = 0, kHi = 0;
@@ -139,23 +275,26 @@ std::optional<CalculatedLine> NearestLineFinder::nearest(double q, double tolera
       const double disc = b * b - 4.0 * m.C * (c0 - q);
       if (disc < 0.0) {
         // q lies below this row's minimum; only the index at the vertex can come close.
-        const int l = static_cast<int>(std::lround(-b / (2.0 * m.C)));
-        consider(h, k, l, c0, b);
+        if (consider(h, k, static_cast<int>(std::lround(-b / (2.0 * m.C))), c0, b)) return best;
         continue;
       }
       const double s = std::sqrt(disc);
       if (!lMirror_) {
         const int below = static_cast<int>(std::floor((-b - s) / (2.0 * m.C)));
-        consider(h, k, below, c0, b);
-        consider(h, k, below + 1, c0, b);
+        if (consider(h, k, below, c0, b) || consider(h, k, below + 1, c0, b)) return best;
       }
       const int below = static_cast<int>(std::floor((-b + s) / (2.0 * m.C)));
-      consider(h, k, below, c0, b);
-      consider(h, k, below + 1, c0, b);
+      if (consider(h, k, below, c0, b) || consider(h, k, below + 1, c0, b)) return best;
     }
   }
   return best;
 }
+
+std::optional<CalculatedLine> NearestLineFinder::nearest(double q, double tolerance) const {
+  return search<false>(q, tolerance);
+}
+
+bool NearestLineFinder::hasLine(double q, double tolerance) const { return search<true>(q, tolerance).has_value(); }
 
 std::optional<CalculatedLine> nearestLineWithin(const ReciprocalMetric& metric, Centring centring, double q,
                                                 double tolerance) {

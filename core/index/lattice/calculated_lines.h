@@ -36,32 +36,54 @@ inline constexpr double kDistinctRelativeGap = 1e-7;
 // Number of distinct q values ≤ qLimit in a sorted list.
 int countDistinct(std::span<const CalculatedLine> sorted, double qLimit);
 std::vector<double> distinctValues(std::span<const CalculatedLine> sorted);
+// Whether a primitive lattice has more than `limit` distinct q values up to qMax (counted as
+// countDistinct does), without listing its reflections; `values` is scratch space.
+bool moreDistinctLinesThan(const ReciprocalMetric& metric, double qMax, int limit, std::vector<double>& values);
 
 // Which rows k of a given h can hold a line up to a q limit: the least value of a row over real l
 // is a quadratic in k.
 struct RowMinimum {
+  RowMinimum() = default;
   explicit RowMinimum(const ReciprocalMetric& m);
   bool rowsReaching(int h, double target, int& lo, int& hi) const;
-  double alpha, beta, gamma;
+  double alpha = 0, beta = 0, gamma = 0;
+};
+
+// A pair (h, k) that gives one value of h² + k² or h² + hk + k² (taken: there is one).
+struct TwoIndexValue {
+  bool taken = false;
+  int h = 0, k = 0;
 };
 
 // The reflection whose q is nearest to `q` among those within ±tolerance, found without a list
-// by solving the quadratic form for the last index over the rows of the first two that can
-// reach q. The per-metric constants are worked out once: a trial asks about each of its lines.
-// Rows k and -k (l and -l) of a form without the cross terms that tell them apart are looked at
-// once; ties go to the positive index.
+// by solving the quadratic form for one index over the rows of the other two that can reach q
+// (the index of the longest edge is solved for). The per-metric constants are worked out once:
+// a trial asks about each of its lines. Rows k and -k (l and -l) of a form without the cross
+// terms that tell them apart are looked at once; ties go to the positive index.
 class NearestLineFinder {
  public:
   NearestLineFinder(const ReciprocalMetric& metric, Centring centring);
   std::optional<CalculatedLine> nearest(double q, double tolerance) const;
-  bool hasLine(double q, double tolerance) const { return nearest(q, tolerance).has_value(); }
+  // Whether any reflection lies within ±tolerance (the search ends at the first one).
+  bool hasLine(double q, double tolerance) const;
 
  private:
-  ReciprocalMetric m_;
+  template <bool anyWillDo>
+  std::optional<CalculatedLine> search(double q, double tolerance) const;
+  template <bool anyWillDo>
+  bool searchLayers(double q, double tolerance, std::optional<CalculatedLine>& best) const;
+  CalculatedLine line(double q, int i0, int i1, int i2) const;
+
+  std::array<int, 3> axes_{0, 1, 2};  // the caller's axis of each search index, longest edge last
+  ReciprocalMetric m_;                // the form with its indices in that order
   RowMinimum rows_;
   Centring centring_;
-  std::array<double, 3> axisReach_{};  // √(G⁻¹)ᵢᵢ: largest |index| per √q
+  std::array<double, 3> axisReach_{};  // edge lengths in search order: largest |index| per √q
   bool kMirror_ = false, lMirror_ = false;
+  // A tetragonal or hexagonal form (A = B) is searched layer by layer in a table of the values
+  // of h² + k² or h² + hk + k²; null for other forms.
+  const std::vector<TwoIndexValue>* layered_ = nullptr;
+  ReciprocalMetric layerForm_;  // that form, its axes as given
 };
 
 std::optional<CalculatedLine> nearestLineWithin(const ReciprocalMetric& metric, Centring centring, double q,

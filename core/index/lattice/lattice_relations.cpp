@@ -1,5 +1,7 @@
 #include "core/index/lattice/lattice_relations.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace quarvel {
@@ -66,6 +68,21 @@ bool sameReducedLattice(const Mat3& g1, const Mat3& g2, double tolerance) {
   // Volumes squared within about 1 %: the cheap filter before the matrix search.
   if (std::abs(v1 - v2) > 0.01 * std::max(v1, v2)) return false;
   const double limit = tolerance * frobenius(g2);
+  // The edges of a reduced cell are the shortest vectors of its lattice, so two reduced cells
+  // of one lattice have nearly the same squared edges. Cells of similar volume are met by the
+  // hundred in a search, and this rejects nearly all of them before the matrix search (with a
+  // margin of four times the limit, which also covers the reduction's own tolerance).
+  std::array<double, 3> d1{g1(0, 0), g1(1, 1), g1(2, 2)}, d2{g2(0, 0), g2(1, 1), g2(2, 2)};
+  std::sort(d1.begin(), d1.end());
+  std::sort(d2.begin(), d2.end());
+  const double edgeMargin = 4.0 * tolerance * std::max(frobenius(g1), frobenius(g2));
+  for (std::size_t i = 0; i < 3; ++i)
+    if (std::abs(d1[i] - d2[i]) > edgeMargin) return false;
+  // Two reduced cells of one lattice are mostly the same basis already.
+  Mat3 same = g1;
+  for (int i = 0; i < 3; ++i)
+    for (int j = 0; j < 3; ++j) same(i, j) -= g2(i, j);
+  if (frobenius(same) <= limit) return true;
   for (const Mat3& t : smallUnimodularMatrices()) {
     Mat3 d = transpose(t) * g1 * t;
     for (int i = 0; i < 3; ++i)

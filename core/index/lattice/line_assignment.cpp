@@ -15,7 +15,6 @@ std::vector<LineAssignment> assignLines(std::span<const double> qObserved, std::
     LineAssignment& a = result[i];
     double bestMiss = tol;
     for (auto it = first; it != calculated.end() && it->q <= q + tol; ++it) {
-      ++a.candidates;
       const double miss = std::abs(it->q - q);
       if (miss <= bestMiss) {
         bestMiss = miss;
@@ -30,11 +29,23 @@ std::vector<LineAssignment> assignLines(std::span<const double> qObserved, std::
   return result;
 }
 
-bool sameAssignments(std::span<const LineAssignment> a, std::span<const LineAssignment> b) {
+std::vector<LineAssignment> assignLines(std::span<const double> qObserved, std::span<const double> tolerance,
+                                        const ReciprocalMetric& metric, Centring centring) {
+  std::vector<LineAssignment> result(qObserved.size());
+  if (!isPositiveDefinite(metric)) return result;
+  const NearestLineFinder calculated(metric, centring);
+  for (std::size_t i = 0; i < qObserved.size(); ++i)
+    if (const auto near = calculated.nearest(qObserved[i], tolerance[i]))
+      result[i] = {true, near->q, near->h, near->k, near->l};
+  return result;
+}
+
+bool sameAssignments(std::span<const LineAssignment> a, std::span<const LineAssignment> b, CrystalSystem system) {
   if (a.size() != b.size()) return false;
   for (std::size_t i = 0; i < a.size(); ++i) {
     if (a[i].indexed != b[i].indexed) return false;
-    if (a[i].indexed && (a[i].h != b[i].h || a[i].k != b[i].k || a[i].l != b[i].l)) return false;
+    if (a[i].indexed && designRow(system, a[i].h, a[i].k, a[i].l) != designRow(system, b[i].h, b[i].k, b[i].l))
+      return false;
   }
   return true;
 }

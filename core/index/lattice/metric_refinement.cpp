@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "core/index/lattice/normal_equations.h"
 #include "core/index/lattice/units.h"
@@ -33,10 +34,7 @@ ObservedSet observe(std::span<const double> twoTheta, double zero, const MetricR
 }
 
 std::vector<LineAssignment> assign(const ObservedSet& s, const ReciprocalMetric& metric, Centring centring) {
-  double qMax = 0.0;
-  for (std::size_t i = 0; i < s.q.size(); ++i) qMax = std::max(qMax, s.q[i] + s.tolerance[i]);
-  const auto calc = calculatedLines(metric, centring, qMax);
-  return assignLines(s.q, s.tolerance, calc);
+  return assignLines(s.q, s.tolerance, metric, centring);
 }
 
 double residual(const ObservedSet& s, const std::vector<LineAssignment>& lines, CrystalSystem system,
@@ -114,15 +112,62 @@ void directSigmas(MetricRefinement& r, CrystalSystem system, const std::vector<d
 
 }  // namespace
 
-MetricRefinement refineMetric(std::span<const double> twoThetaObserved, const ReciprocalMetric& start,
-                              const MetricRefinementOptions& options) {
-  MetricRefinement r;
-  const CrystalSystem system = options.system;
-  const int m = freeParameterCount(system);
-  ReciprocalMetric metric = metricFromParameters(system, parametersFromMetric(system, start));
+namespace {
+
+// Where the cycles of a refinement stand: the cell, the zero and the last solve.
+struct RefinementState {
+  ReciprocalMetric metric;
   double zero = 0.0;
   std::optional<NormalEquations::Solution> last;
   bool lastWithZero = false;
+  int cycles = 0;
+  bool converged = false;
+};
+
+// The refinement's result for a state: the final assignment of every line, the cell and, with
+// more indexed lines than parameters, the standard deviations.
+MetricRefinement finish(const RefinementState& state, std::span<const double> twoThetaObserved,
+                        const MetricRefinementOptions& options) {
+  MetricRefinement r;
+  const CrystalSystem system = options.system;
+  const int m = freeParameterCount(system);
+  r.cycles = state.cycles;
+  r.converged = state.converged;
+  const ObservedSet s = observe(twoThetaObserved, state.zero, options);
+  r.lines = assign(s, state.metric, options.centring);
+  r.indexedLines = countIndexed(r.lines);
+  r.metric = state.metric;
+  r.parameters = parametersFromMetric(system, state.metric);
+  r.zero = state.zero;
+  r.weightedResidual = residual(s, r.lines, system, state.metric);
+  const auto cell = cellFromMetric(state.metric);
+  if (!cell) return r;
+  r.cell = *cell;
+  r.volume = cellVolume(*cell);
+  r.solved = true;
+
+  const int unknowns = m + (state.lastWithZero ? 1 : 0);
+  r.esdsAvailable = r.indexedLines > unknowns;
+  if (r.esdsAvailable && state.last) {
+    const double s2 = r.weightedResidual / (r.indexedLines - unknowns);
+    std::vector<double> covariance(state.last->inverse);
+    for (double& c : covariance) c *= s2;
+    for (int j = 0; j < m; ++j)
+      r.parameterSigmas[static_cast<std::size_t>(j)] = std::sqrt(covariance[static_cast<std::size_t>(j * unknowns + j)]);
+    if (state.lastWithZero) r.zeroSigma = std::sqrt(covariance[static_cast<std::size_t>(m * unknowns + m)]) / kDegree;
+    directSigmas(r, system, covariance, unknowns);
+  }
+  return r;
+}
+
+}  // namespace
+
+MetricRefinement refineMetric(std::span<const double> twoThetaObserved, const ReciprocalMetric& start,
+                              const MetricRefinementOptions& options) {
+  const CrystalSystem system = options.system;
+  const int m = freeParameterCount(system);
+  RefinementState state;
+  state.metric = metricFromParameters(system, parametersFromMetric(system, start));
 
   // A start cell a few tenths of a per cent off assigns the high-angle lines wrongly, so the
   // first pass uses the low-angle half of the lines only. Then all lines settle the assignments
@@ -135,24 +180,37 @@ MetricRefinement refineMetric(std::span<const double> twoThetaObserved, const Re
     std::span<const double> lines;
     bool withZero;
     bool optional;  // may fail (too few or too special lines) without ending the refinement
+    bool allLines;
   };
   std::vector<Pass> passes;
-  if (lowHalf < sorted.size()) passes.push_back({std::span<const double>(sorted).first(lowHalf), false, true});
+  if (lowHalf < sorted.size()) passes.push_back({std::span<const double>(sorted).first(lowHalf), false, true, false});
   // With a zero to refine, a large zero error (short wavelengths put every line at small angles)
   // can defeat the pass that holds it fixed; the zero pass then starts from the start cell.
-  passes.push_back({twoThetaObserved, false, options.refineZero});
-  if (options.refineZero) passes.push_back({twoThetaObserved, true, false});
-  const ReciprocalMetric startMetric = metric;
+  passes.push_back({twoThetaObserved, false, options.refineZero, true});
+  if (options.refineZero) passes.push_back({twoThetaObserved, true, false, true});
+  const ReciprocalMetric startMetric = state.metric;
+  // The state before the zero pass is the refinement without a zero, kept in case the zero
+  // turns out insignificant (failedWithoutZero: that refinement would have failed there).
+  RefinementState withoutZero;
+  bool failedWithoutZero = false, singularWithoutZero = false;
+  MetricRefinement failure;
   for (const Pass& pass : passes) {
     const bool withZero = pass.withZero;
+    if (withZero) withoutZero = state;
     const std::span<const double> used = pass.lines;
+    // True when the refinement ends here (a pass that may fail starts the next from the start).
     auto failed = [&](bool singular) {
       if (pass.optional) {
-        metric = startMetric;
-        zero = 0.0;
+        if (!withZero && pass.allLines) {
+          failedWithoutZero = true;
+          singularWithoutZero = singular;
+        }
+        state.metric = startMetric;
+        state.zero = 0.0;
         return false;
       }
-      r.singular = singular;
+      failure.singular = singular;
+      failure.cycles = state.cycles;
       return true;
     };
     bool skipped = false;
@@ -160,66 +218,59 @@ MetricRefinement refineMetric(std::span<const double> twoThetaObserved, const Re
     double previousResidual = -1.0;
     bool settled = false;
     for (int cycle = 0; cycle < options.maxCycles; ++cycle) {
-      ++r.cycles;
-      const ObservedSet s = observe(used, zero, options);
-      const auto lines = assign(s, metric, options.centring);
+      ++state.cycles;
+      const ObservedSet s = observe(used, state.zero, options);
+      const auto lines = assign(s, state.metric, options.centring);
       auto solution = countIndexed(lines) < m + (withZero ? 1 : 0) ? std::nullopt : solveCycle(s, lines, system, withZero);
       if (!solution) {
-        if (failed(countIndexed(lines) >= m + (withZero ? 1 : 0))) return r;
+        if (failed(countIndexed(lines) >= m + (withZero ? 1 : 0))) return failure;
         skipped = true;
         break;
       }
-      metric = metricFromParameters(system, solution->p);
+      state.metric = metricFromParameters(system, solution->p);
       if (withZero) {
-        zero += solution->p[static_cast<std::size_t>(m)] / kDegree;
-        if (std::abs(zero) > options.zeroBound) {
+        state.zero += solution->p[static_cast<std::size_t>(m)] / kDegree;
+        if (std::abs(state.zero) > options.zeroBound) {
           // Hold the zero at its bound and fit the cell alone with it.
-          zero = std::clamp(zero, -options.zeroBound, options.zeroBound);
-          const ObservedSet held = observe(used, zero, options);
+          state.zero = std::clamp(state.zero, -options.zeroBound, options.zeroBound);
+          const ObservedSet held = observe(used, state.zero, options);
           solution = solveCycle(held, lines, system, false);
           if (!solution) {
-            r.singular = true;
-            return r;
+            failure.singular = true;
+            failure.cycles = state.cycles;
+            return failure;
           }
-          metric = metricFromParameters(system, solution->p);
+          state.metric = metricFromParameters(system, solution->p);
         }
       }
-      last = solution;
-      lastWithZero = withZero && solution->p.size() > static_cast<std::size_t>(m);
-      const double res = residual(observe(used, zero, options), lines, system, metric);
-      settled = !previous.empty() && sameAssignments(previous, lines) &&
+      state.last = solution;
+      state.lastWithZero = withZero && solution->p.size() > static_cast<std::size_t>(m);
+      const double res = residual(observe(used, state.zero, options), lines, system, state.metric);
+      settled = !previous.empty() && sameAssignments(previous, lines, system) &&
                 std::abs(res - previousResidual) <= kResidualSettled * std::max(res, double(lines.size()));
       previous = lines;
       previousResidual = res;
       if (settled) break;
     }
-    if (!skipped) r.converged = settled;
+    if (!skipped) state.converged = settled;
   }
 
-  const ObservedSet s = observe(twoThetaObserved, zero, options);
-  r.lines = assign(s, metric, options.centring);
-  r.indexedLines = countIndexed(r.lines);
-  r.metric = metric;
-  r.parameters = parametersFromMetric(system, metric);
-  r.zero = zero;
-  r.weightedResidual = residual(s, r.lines, system, metric);
-  const auto cell = cellFromMetric(metric);
-  if (!cell) return r;
-  r.cell = *cell;
-  r.volume = cellVolume(*cell);
-  r.solved = true;
-
-  const int unknowns = m + (lastWithZero ? 1 : 0);
-  r.esdsAvailable = r.indexedLines > unknowns;
-  if (r.esdsAvailable && last) {
-    const double s2 = r.weightedResidual / (r.indexedLines - unknowns);
-    std::vector<double> covariance(last->inverse);
-    for (double& c : covariance) c *= s2;
-    for (int j = 0; j < m; ++j)
-      r.parameterSigmas[static_cast<std::size_t>(j)] = std::sqrt(covariance[static_cast<std::size_t>(j * unknowns + j)]);
-    if (lastWithZero) r.zeroSigma = std::sqrt(covariance[static_cast<std::size_t>(m * unknowns + m)]) / kDegree;
-    directSigmas(r, system, covariance, unknowns);
+  MetricRefinement r = finish(state, twoThetaObserved, options);
+  if (!options.refineZero || options.zeroSignificance <= 0.0 || !r.solved ||
+      (r.esdsAvailable && std::abs(r.zero) > options.zeroSignificance * r.zeroSigma))
+    return r;
+  // The zero is within its significance limit of nothing: it would only take up misfit, so the
+  // result is the refinement without it, as it stood before the zero pass.
+  const double triedSigma = r.esdsAvailable ? r.zeroSigma : -1.0;
+  if (failedWithoutZero) {
+    r = MetricRefinement{};
+    r.singular = singularWithoutZero;
+    r.cycles = withoutZero.cycles;
+  } else {
+    r = finish(withoutZero, twoThetaObserved, options);
   }
+  r.zeroDropped = true;
+  r.droppedZeroSigma = triedSigma;
   return r;
 }
 

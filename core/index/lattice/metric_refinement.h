@@ -19,6 +19,9 @@ struct MetricRefinementOptions {
   double sigmaTwoTheta = 0.01;      // degrees: weights w = 1/σ_q², least squares in 2θ to first order
   bool refineZero = false;
   double zeroBound = 0.2;  // degrees: a larger zero could absorb the misfit of a wrong cell
+  // With refineZero: a zero within this many standard deviations of nothing only takes up misfit
+  // and is dropped, the result being the refinement without it (0: the zero is always kept).
+  double zeroSignificance = 0.0;
   int maxCycles = 10;
 };
 
@@ -37,6 +40,8 @@ struct MetricRefinement {
   CellParameters cellSigmas{0, 0, 0, 0, 0, 0};
   double volume = 0, volumeSigma = 0;
   double zero = 0, zeroSigma = 0;  // degrees; the true angle is 2θ_obs − zero
+  bool zeroDropped = false;        // a zero was refined and dropped as insignificant
+  double droppedZeroSigma = -1;    // its standard deviation (−1: none could be given)
   double weightedResidual = 0;     // Σ w r² in q
   std::vector<LineAssignment> lines;  // final assignment of every observed line
 };

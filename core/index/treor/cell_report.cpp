@@ -84,17 +84,15 @@ RefinedTrial refineTrial(const ObservedLines& lines, CrystalSystem system, const
   options.maxCycles = maxCycles;
   options.refineZero = true;
   options.zeroBound = kRefinedZeroBound;
+  // A zero within kSignificantZero standard deviations of nothing only takes up misfit (with a
+  // large cell and all lines at low angles the zero and the cell edges are nearly one parameter).
+  options.zeroSignificance = kSignificantZero;
   const auto twoTheta = firstLines(lines.twoTheta, lines.refineLines);
   const ReciprocalMetric setting = system == CrystalSystem::Triclinic ? reducedSetting(start) : start;
   result.refinement = refineMetric(twoTheta, setting, options);
-  // A zero within kSignificantZero standard deviations of nothing only takes up misfit (with a
-  // large cell and all lines at low angles the zero and the cell edges are nearly one parameter).
   const MetricRefinement& r = result.refinement;
-  result.zeroSigma = r.esdsAvailable ? r.zeroSigma : kRefinedZeroBound;
-  if (r.solved && !(r.esdsAvailable && std::abs(r.zero) > kSignificantZero * r.zeroSigma)) {
-    options.refineZero = false;
-    result.refinement = refineMetric(twoTheta, setting, options);
-  }
+  const double sigma = r.zeroDropped ? r.droppedZeroSigma : (r.esdsAvailable ? r.zeroSigma : -1.0);
+  result.zeroSigma = sigma >= 0.0 ? sigma : kRefinedZeroBound;
   result.solved = result.refinement.solved;
   const ReciprocalMetric& metric = result.solved ? result.refinement.metric : setting;
   const auto q = firstLines(zeroCorrectedQ(lines, result.solved ? result.refinement.zero : 0.0), 20);
