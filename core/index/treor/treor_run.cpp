@@ -8,6 +8,7 @@
 
 #include "core/app/shell.h"
 #include "core/common/numbers.h"
+#include "core/common/parallel_for.h"
 #include "core/index/lattice/calculated_lines.h"
 #include "core/index/lattice/lattice_relations.h"
 #include "core/index/lattice/lattice_symmetry.h"
@@ -79,7 +80,8 @@ std::string keywordLine(const std::string& name, const std::string& value) { ret
 
 class TreorRunner {
  public:
-  TreorRunner(const TreorInput& input, Shell* shell) : input_(input), k_(input.keywords), shell_(shell) {}
+  TreorRunner(const TreorInput& input, Shell* shell, int threads)
+      : input_(input), k_(input.keywords), shell_(shell), threads_(threads) {}
 
   TreorResult run() {
     header();
@@ -93,6 +95,7 @@ class TreorRunner {
     prepareProblem();
     echoParameters();
     TrialSearch search(problem_, [this] { return shell_ && shell_->interruptRequested(); });
+    search.setThreads(threads_);
     search_ = &search;
     const bool allSystems = k_.vol < 0;
     // Progress is the share of the run a stage usually takes when every stage runs.
@@ -386,15 +389,28 @@ class TreorRunner {
   // The trials of a pass that reached IQ, refined smallest cell first: a large cell indexes many
   // lines by chance, and of two cells that index the same lines the smaller one is the better
   // description, so the refinements the stage allows go to the small cells.
+  // The refinements are independent until they are reported: as many as there are cores are
+  // refined at a time and then reported in order, and the report decides what counts against the
+  // budget (a lattice refined before does not), so at most one core's work is thrown away.
   void refinePending() {
     std::stable_sort(pending_.begin(), pending_.end(), [](const PendingTrial& x, const PendingTrial& y) {
       return cellVolume(x.trial.metric) < cellVolume(y.trial.metric);
     });
-    for (const PendingTrial& p : pending_) {
-      const bool lowSymmetry = p.trial.system == CrystalSystem::Monoclinic || p.trial.system == CrystalSystem::Triclinic;
-      const int budget = lowSymmetry ? kMaxLowSymmetryRefinementsPerPass : kMaxRefinementsPerPass;
-      if (refinedInPass_ >= budget || !search_->keepGoing()) break;
-      refineCandidate(p.trial, p.family);
+    for (std::size_t first = 0; first < pending_.size(); first += static_cast<std::size_t>(threads_)) {
+      if (!search_->keepGoing()) break;
+      const std::size_t batch = std::min(pending_.size() - first, static_cast<std::size_t>(threads_));
+      std::vector<Refined> refined(batch);
+      parallelFor(batch, threads_, [&](std::size_t i, int) { refined[i] = refineCandidate(pending_[first + i].trial); });
+      for (std::size_t i = 0; i < batch; ++i) {
+        const PendingTrial& p = pending_[first + i];
+        const bool lowSymmetry = p.trial.system == CrystalSystem::Monoclinic || p.trial.system == CrystalSystem::Triclinic;
+        const int budget = lowSymmetry ? kMaxLowSymmetryRefinementsPerPass : kMaxRefinementsPerPass;
+        if (refinedInPass_ >= budget) {
+          pending_.clear();
+          return;
+        }
+        report(refined[i], p.trial.metric, p.family);
+      }
     }
     pending_.clear();
   }
@@ -402,8 +418,7 @@ class TreorRunner {
   // A cell with many more calculated lines than observed ones indexes almost anything.
   bool tooManyCalculatedLines(const ReciprocalMetric& metric) {
     const double qLast = problem_.q[problem_.testLines - 1];
-    calculatedLines(metric, Centring::P, qLast, scratch_);
-    return countDistinct(scratch_, qLast) > kCalculatedLinesFactor * (problem_.testLines + 1);
+    return moreDistinctLinesThan(metric, qLast, kCalculatedLinesFactor * (problem_.testLines + 1), scratch_);
   }
 
   // A trial that took the first lines for higher orders of one axis describes a super-cell: its
@@ -411,7 +426,7 @@ class TreorRunner {
   // cell with that axis halved is refined too and kept when it is clearly better (an impurity
   // line that only the super-cell indexed may drop out, within NIX).
   struct Refined {
-    CrystalSystem system;
+    CrystalSystem system = CrystalSystem::Triclinic;
     ReciprocalMetric start;
     RefinedTrial result;
   };
@@ -424,6 +439,11 @@ class TreorRunner {
       for (const auto& axes : axisSets) {
         ReciprocalMetric m = current.result.refinement.metric;
         for (int axis : axes) halveAxis(m, axis);
+        // The halved cell keeps the lines of even index along the axis at the same places; when
+        // the others leave too many lines unindexed, refining it cannot pay. (One line more is
+        // allowed: the refinement moves the lines a little.)
+        const int allowed = std::max(current.result.figure.unindexed, k_.nix);
+        if (!indexesFirstLines(m, firstLinesCorrected(current.result.refinement.zero), allowed + 1)) continue;
         RefinedTrial halved = refineTrial(lines_, system, m);
         if (!halved.solved || halved.figure.unindexed > std::max(current.result.figure.unindexed, k_.nix) ||
             halved.figure.m < 1.5 * current.result.figure.m)
@@ -462,21 +482,13 @@ class TreorRunner {
   // first lines they leave unindexed before any refinement.
   Refined finestSubCell(Refined current) const {
     const Mat3 g = current.result.refinement.metric.tensor();
-    std::vector<double> q = zeroCorrectedQ(lines_, current.result.refinement.zero);
-    q.resize(std::min<std::size_t>(20, q.size()));
     const int allowed = std::max(current.result.figure.unindexed, k_.nix);
-    auto indexesEnough = [&](const ReciprocalMetric& m) {
-      int misses = 0;
-      const NearestLineFinder lines(m, Centring::P);
-      for (const double value : q)
-        if (!lines.hasLine(value, lines_.refineTolerance) && ++misses > allowed) return false;
-      return true;
-    };
+    const std::vector<double> q = firstLinesCorrected(current.result.refinement.zero);
     Refined best = current;
     for (int n = 2; n <= kMaxSubCellIndex; ++n)
       for (const Mat3& h : hermiteNormalForms(n)) {
         const ReciprocalMetric m = ReciprocalMetric::fromTensor(transpose(h) * g * h);
-        if (!indexesEnough(m)) continue;
+        if (!indexesFirstLines(m, q, allowed)) continue;
         RefinedTrial sub = refineTrial(lines_, CrystalSystem::Triclinic, m);
         if (!sub.solved || sub.figure.unindexed > std::max(current.result.figure.unindexed, k_.nix) ||
             sub.figure.m < 1.5 * best.result.figure.m)
@@ -484,6 +496,23 @@ class TreorRunner {
         best = {CrystalSystem::Triclinic, m, sub};
       }
     return best;
+  }
+
+  // The first 20 lines with a zero taken off their angles.
+  std::vector<double> firstLinesCorrected(double zero) const {
+    std::vector<double> q = zeroCorrectedQ(lines_, zero);
+    q.resize(std::min<std::size_t>(20, q.size()));
+    return q;
+  }
+
+  // Whether a metric leaves at most `allowed` of the lines `q` unindexed within the refinement
+  // window: the test before a refinement that only pays if so.
+  bool indexesFirstLines(const ReciprocalMetric& m, const std::vector<double>& q, int allowed) const {
+    int misses = 0;
+    const NearestLineFinder calculated(m, Centring::P);
+    for (const double value : q)
+      if (!calculated.hasLine(value, lines_.refineTolerance) && ++misses > allowed) return false;
+    return true;
   }
 
   // Halving the direct axis doubles its reciprocal axis: the index along it goes in as 2h.
@@ -495,10 +524,10 @@ class TreorRunner {
     }
   }
 
-  void refineCandidate(const Trial& trial, const std::string& family) {
+  Refined refineCandidate(const Trial& trial) const {
     Refined best{trial.system, trial.metric, refineTrial(lines_, trial.system, trial.metric)};
     if (best.result.solved) best = smallestCell(trial.system, best);
-    report(best, trial.metric, family);
+    return best;
   }
 
   // Prints and stores a refined cell unless its lattice was refined before; false then.
@@ -509,11 +538,10 @@ class TreorRunner {
     if (!cell) return false;
     // A lattice already refined in this run is not printed again; met again with another zero
     // correction, an accepted one still tells the stage that the zero is settled.
-    for (const TreorCell& known : result_.cells)
-      if (sameLattice(known.cell, Centring::P, *cell, Centring::P)) {
-        if (known.accepted) noteAcceptedZero(known);
-        return false;
-      }
+    if (const TreorCell* known = knownLattice(*cell)) {
+      if (known->accepted) noteAcceptedZero(*known);
+      return false;
+    }
     ++refinedInPass_;
     const Centring centring = countCentredLattice(best.system, best.result);
     printRefinement(result_.report, lines_, best.system, &best.start, refined, centring);
@@ -528,11 +556,25 @@ class TreorRunner {
       stored.metricSystem = latticeSymmetry(stored.cell, Centring::P).system;
       // The cycles of the acceptance can settle on a lattice accepted before (trials of several
       // lattices that meet in one well-fitting cell); listed again it would crowd out the others.
-      for (const TreorCell& known : result_.cells)
-        if (known.accepted && sameLattice(known.cell, Centring::P, stored.cell, Centring::P)) return true;
+      if (knownLattice(stored.cell, true) != nullptr) return true;
     }
     result_.cells.push_back(stored);
+    reducedCells_.push_back(reducedLattice(stored.cell));
     return true;
+  }
+
+  static Mat3 reducedLattice(const CellParameters& cell) {
+    return niggliReduce(cell, Centring::P, kClassificationTolerance).metric;
+  }
+
+  // The cell refined before (accepted, if asked) whose lattice is that of `cell`; the reduced
+  // metrics of the cells are kept, as a run compares each new cell with hundreds of them.
+  const TreorCell* knownLattice(const CellParameters& cell, bool acceptedOnly = false) const {
+    const Mat3 reduced = reducedLattice(cell);
+    for (std::size_t i = 0; i < result_.cells.size(); ++i)
+      if ((!acceptedOnly || result_.cells[i].accepted) && sameReducedLattice(reducedCells_[i], reduced))
+        return &result_.cells[i];
+    return nullptr;
   }
 
   void accept(CrystalSystem system, const ReciprocalMetric& metric, TreorCell& stored) {
@@ -661,6 +703,7 @@ class TreorRunner {
     for (int h = 0; h <= 2; ++h)
       for (int k = 0; k <= 2; ++k)
         for (int l = 1; l <= 2; ++l) third.push_back({h, k, l});
+    std::vector<ReciprocalMetric> zones;
     for (const auto& set : BaseSets{{1, 2}, {1, 3}, {2, 3}}) {
       const auto lines = baseLines(set);
       if (lines.empty()) continue;
@@ -668,12 +711,27 @@ class TreorRunner {
       for (int i = 0; i < 2; ++i)
         for (const LabelRow& row : search_->filterLabels(CrystalSystem::Orthorhombic, zoneLabels, problem_.q[lines[i]]))
           rows[i].push_back(row.hkl);
-      ReciprocalMetric zoneStart;
-      zoneStart.C = 0;
-      search_->completeMetric(CrystalSystem::Orthorhombic, zoneStart, {0, 1}, lines, rows,
-                              [&](const Trial& zone) { completeZone(CrystalSystem::Orthorhombic, zone.metric, {2}, third, "ORTHORHOMBIC", "XYZ="); },
-                              nullptr, false);
+      addZones(zones, CrystalSystem::Orthorhombic, ReciprocalMetric{}, {0, 1}, lines, rows);
     }
+    completeZones(CrystalSystem::Orthorhombic, zones, {2}, third, "ORTHORHOMBIC", "XYZ=");
+  }
+
+  // The zones (two-dimensional trials) solved from `lines`, unchecked but for positive squared
+  // coefficients, after those found before.
+  void addZones(std::vector<ReciprocalMetric>& zones, CrystalSystem system, const ReciprocalMetric& known,
+                const std::vector<int>& unknown, const std::vector<int>& lines,
+                const std::vector<std::vector<std::array<int, 3>>>& rows) {
+    search_->completeMetric(system, known, unknown, lines, rows, [&](const Trial& zone) { zones.push_back(zone.metric); },
+                            nullptr, false);
+  }
+
+  // Each zone completed (completeZone) on every core; its trials reach the report in the order
+  // of the zones.
+  void completeZones(CrystalSystem system, const std::vector<ReciprocalMetric>& zones, const std::vector<int>& unknown,
+                     const std::vector<std::array<int, 3>>& hkl, const std::string& family, const char* name) {
+    search_->searchPieces(
+        zones.size(), [&](std::size_t i, const TrialOffer& offer) { completeZone(system, zones[i], unknown, hkl, offer); },
+        sinkFor(family, name));
   }
 
   // The zone metric is accepted as a 2D trial when it indexes the first lines; its first
@@ -683,7 +741,7 @@ class TreorRunner {
   // lines: the lines it leaves out are then looked for beyond the test lines. (Not in the
   // monoclinic stage, where the extra trials lost the cell of a synchrotron pattern of cimetidine.)
   void completeZone(CrystalSystem system, const ReciprocalMetric& zone, const std::vector<int>& unknown,
-                    const std::vector<std::array<int, 3>>& hkl, const std::string& family, const char* name) {
+                    const std::vector<std::array<int, 3>>& hkl, const TrialOffer& offer) const {
     constexpr int kLinesTriedForOneCoefficient = 3;
     const bool oneUnknown = unknown.size() == 1;
     const ReciprocalMetric alone = zoneOnly(zone, unknown);
@@ -701,10 +759,10 @@ class TreorRunner {
     if (!indexesFirstLines && !indexesPastOneImpurity) return;
     std::vector<std::vector<std::array<int, 3>>> rows(unknown.size(), hkl);
     if (!oneUnknown) {
-      search_->completeMetric(system, zone, unknown, missing, rows, sinkFor(family, name));
+      search_->solveCompletions(system, zone, unknown, missing, rows, offer);
       return;
     }
-    for (const int line : missing) search_->completeMetric(system, zone, unknown, {line}, rows, sinkFor(family, name));
+    for (const int line : missing) search_->solveCompletions(system, zone, unknown, {line}, rows, offer);
   }
 
   // The zone's metric with the squared coefficients it lacks set so large that no line outside
@@ -727,15 +785,17 @@ class TreorRunner {
     for (int h = 0; h <= 2; ++h)
       for (int k = 0; k <= h; ++k)
         for (int l = 1; l <= 2; ++l) layer.push_back({h, k, l});
+    std::vector<ReciprocalMetric> zones;
     for (const int b : {1, 2}) {
       const auto line = baseLines({b});
       if (line.empty()) continue;
       for (const auto& [h, k] : {std::pair{1, 0}, {1, 1}, {2, 0}, {2, 1}}) {
         const double form = designRow(system, h, k, 0)[0];
         const std::array<double, 2> p{problem_.q[line[0]] / form, 0.0};
-        completeZone(system, metricFromParameters(system, p), {2}, layer, family, "XY=");
+        zones.push_back(metricFromParameters(system, p));
       }
     }
+    completeZones(system, zones, {2}, layer, family, "XY=");
   }
 
   void monoclinic() {
@@ -771,23 +831,25 @@ class TreorRunner {
     for (int h = 0; h <= 3; ++h)
       for (int l = -3; l <= 3; ++l)
         if ((h || l) && !(h == 0 && l < 0) && std::abs(h) + std::abs(l) <= 4) zoneHkl.push_back({h, 0, l});
-    for (int b = 0; b < std::min<int>(5, static_cast<int>(base_.size())); ++b)
-      for (int k0 = 1; k0 <= 2; ++k0) {
-        const double B = problem_.q[base_[b]] / (k0 * k0);
-        if (!supportsB(B)) continue;
-        const std::vector<double> reduced = zoneValues(B, n);
-        if (reduced.size() < 3) continue;
-        ReciprocalMetric known;
-        known.B = B;
-        for (const auto& triple : kZoneTriples) {
-          if (triple.back() >= static_cast<int>(reduced.size())) continue;
-          std::vector<double> values;
-          for (int t : triple) values.push_back(reduced[t]);
-          std::vector<std::vector<std::array<int, 3>>> rows(3, zoneHkl);
-          search_->completeMetric(CrystalSystem::Monoclinic, known, {0, 2, 4}, {-1, -1, -1}, rows,
-                                  sinkFor("MONOCLINIC (020)", "XYZU="), &values);
-        }
+    // One piece per base line taken as 010 or 020, searched on every core.
+    const int bases = std::min<int>(5, static_cast<int>(base_.size()));
+    const std::vector<std::vector<std::array<int, 3>>> rows(3, zoneHkl);
+    auto search = [&](std::size_t piece, const TrialOffer& offer) {
+      const int b = static_cast<int>(piece) / 2, k0 = static_cast<int>(piece) % 2 + 1;
+      const double B = problem_.q[base_[b]] / (k0 * k0);
+      if (!supportsB(B)) return;
+      const std::vector<double> reduced = zoneValues(B, n);
+      if (reduced.size() < 3) return;
+      ReciprocalMetric known;
+      known.B = B;
+      for (const auto& triple : kZoneTriples) {
+        if (triple.back() >= static_cast<int>(reduced.size())) continue;
+        std::vector<double> values;
+        for (int t : triple) values.push_back(reduced[t]);
+        search_->solveCompletions(CrystalSystem::Monoclinic, known, {0, 2, 4}, {-1, -1, -1}, rows, offer, &values);
       }
+    };
+    search_->searchPieces(static_cast<std::size_t>(2 * std::max(bases, 0)), search, sinkFor("MONOCLINIC (020)", "XYZU="));
   }
 
   // B is a real axis parameter when several pairs of lines differ by (k'² − k²)B.
@@ -833,6 +895,7 @@ class TreorRunner {
     std::vector<std::array<int, 3>> withK;
     for (int h = -2; h <= 2; ++h)
       for (int l = -2; l <= 2; ++l) withK.push_back({h, 1, l});
+    std::vector<ReciprocalMetric> zones;
     for (const auto& set : BaseSets{{1, 2, 3}, {1, 2, 4}, {1, 3, 4}}) {
       const auto lines = baseLines(set);
       if (lines.empty()) continue;
@@ -840,12 +903,9 @@ class TreorRunner {
       for (int i = 0; i < 3; ++i)
         for (const LabelRow& row : search_->filterLabels(CrystalSystem::Monoclinic, zoneLabels, problem_.q[lines[i]]))
           rows[i].push_back(row.hkl);
-      search_->completeMetric(CrystalSystem::Monoclinic, ReciprocalMetric{}, {0, 2, 4}, lines, rows,
-                              [&](const Trial& zone) {
-                                completeZone(CrystalSystem::Monoclinic, zone.metric, {1}, withK, "MONOCLINIC DOMINANT ZONE", "XYZU=");
-                              },
-                              nullptr, false);
+      addZones(zones, CrystalSystem::Monoclinic, ReciprocalMetric{}, {0, 2, 4}, lines, rows);
     }
+    completeZones(CrystalSystem::Monoclinic, zones, {1}, withK, "MONOCLINIC DOMINANT ZONE", "XYZU=");
   }
 
   void lowerVolumeLimit(const std::string& text) {
@@ -899,9 +959,9 @@ class TreorRunner {
     if (lines.empty()) return;
     std::vector<std::vector<std::array<int, 3>>> rows(3, zoneHkl);
     rows[0] = {{1, 0, 0}};
-    search_->completeMetric(CrystalSystem::Triclinic, ReciprocalMetric{}, {0, 1, 5}, lines, rows,
-                            [&](const Trial& zone) { completeZone(CrystalSystem::Triclinic, zone.metric, {2, 3, 4}, layer, "TRICLINIC", "XYZU="); },
-                            nullptr, false);
+    std::vector<ReciprocalMetric> zones;
+    addZones(zones, CrystalSystem::Triclinic, ReciprocalMetric{}, {0, 1, 5}, lines, rows);
+    completeZones(CrystalSystem::Triclinic, zones, {2, 3, 4}, layer, "TRICLINIC", "XYZU=");
   }
 
   // End ------------------------------------------------------------------------------------
@@ -950,6 +1010,7 @@ class TreorRunner {
   const TreorInput& input_;
   const TreorKeywords& k_;
   Shell* shell_;
+  int threads_;
   TreorResult result_;
   ObservedLines lines_;
   ObservedLines observed_;  // the lines as measured (first ones adjusted by their higher orders)
@@ -972,12 +1033,15 @@ class TreorRunner {
     std::string family;
   };
   std::vector<PendingTrial> pending_;  // trials of the current pass waiting for refinement
-  std::vector<CalculatedLine> scratch_;
+  std::vector<Mat3> reducedCells_;     // the reduced metric of each of result_.cells
+  std::vector<double> scratch_;
 };
 
 }  // namespace
 
-TreorResult runTreor(const TreorInput& input, Shell* shell) { return TreorRunner(input, shell).run(); }
+TreorResult runTreor(const TreorInput& input, Shell* shell, int threads) {
+  return TreorRunner(input, shell, threads > 0 ? threads : hardwareThreads()).run();
+}
 
 std::vector<const TreorCell*> rankedAcceptedCells(const std::vector<TreorCell>& cells) {
   std::vector<const TreorCell*> accepted;

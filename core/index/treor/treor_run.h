@@ -36,8 +36,9 @@ struct TreorResult {
   bool interrupted = false;
 };
 
-// `shell` may be null (no progress, no interruption).
-TreorResult runTreor(const TreorInput& input, Shell* shell);
+// `shell` may be null (no progress, no interruption). The searches and refinements use
+// `threads` cores (0: all of them); the report is the same for any number.
+TreorResult runTreor(const TreorInput& input, Shell* shell, int threads = 0);
 // The accepted cells, best first. A lattice of lower metric symmetry has more free parameters
 // to fit the same lines (an orthorhombic sub-lattice of a cubic I cell indexes exactly its lines),
 // so its M20 counts for less by kMeritPerParameter per extra parameter; then fewer unindexed

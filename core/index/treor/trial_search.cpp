@@ -1,9 +1,14 @@
 #include "core/index/treor/trial_search.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <map>
+#include <mutex>
+#include <unordered_map>
+#include <optional>
 
+#include "core/common/parallel_for.h"
 #include "core/index/lattice/calculated_lines.h"
 #include "core/index/lattice/lattice_relations.h"
 #include "core/index/lattice/normal_equations.h"
@@ -175,20 +180,29 @@ std::vector<int> TrialSearch::unindexedTestLines(const ReciprocalMetric& metric,
   return out;
 }
 
-bool TrialSearch::admit(Trial& trial) {
+std::optional<std::uint64_t> TrialSearch::admissibleKey(const Trial& trial) const {
   const ReciprocalMetric& m = trial.metric;
-  if (!isPositiveDefinite(m)) return false;
+  if (!isPositiveDefinite(m)) return std::nullopt;
   const auto cell = cellFromMetric(m);
-  if (!cell) return false;
+  if (!cell) return std::nullopt;
   for (double edge : {cell->a, cell->b, cell->c})
-    if (edge < problem_.minEdge || edge > problem_.maxEdge) return false;
+    if (edge < problem_.minEdge || edge > problem_.maxEdge) return std::nullopt;
   const double volume = cellVolume(*cell);
-  if (volume < problem_.minVolume || volume > maxVolume_) return false;
-  if (std::max(cell->beta, 180.0 - cell->beta) > problem_.maxBeta) return false;
-  if (!seen_.insert(cellKey(m)).second) return false;
-  trial.iq = indexedTestLines(m, printThreshold_, trial.lines);
+  if (volume < problem_.minVolume || volume > maxVolume_) return std::nullopt;
+  if (std::max(cell->beta, 180.0 - cell->beta) > problem_.maxBeta) return std::nullopt;
+  return cellKey(m);
+}
+
+bool TrialSearch::indexesTestLines(Trial& trial) const {
+  trial.iq = indexedTestLines(trial.metric, printThreshold_, trial.lines);
   if (trial.iq < printThreshold_) return false;
   return problem_.fitWindow.empty() || refitOnTestLines(trial);
+}
+
+bool TrialSearch::admit(Trial& trial) {
+  const auto key = admissibleKey(trial);
+  if (!key || !seen_.insert(*key).second) return false;
+  return indexesTestLines(trial);
 }
 
 bool TrialSearch::refitOnTestLines(Trial& trial) const {
@@ -280,10 +294,45 @@ void TrialSearch::searchBaseSet(CrystalSystem system, const std::vector<int>& ba
   searchRows(system, baseLines, rows, sink);
 }
 
-void TrialSearch::searchRows(CrystalSystem system, const std::vector<int>& baseLines,
-                             const std::vector<std::vector<LabelRow>>& rowsPerLine, const TrialSink& sink) {
+namespace {
+
+// A trial that passed the geometric checks: its key in the cells seen, and the trial itself when
+// it also indexes the test lines.
+struct TrialOutcome {
+  std::uint64_t key;
+  std::optional<Trial> trial;
+};
+
+// The first piece that meets each cell, shared by the threads. A cell is tested by the first
+// piece to claim it; a piece before it in the search order claims it again (the later piece's
+// test is then wasted), so that the earliest piece that meets a cell always tests it.
+class PieceClaims {
+ public:
+  // True when `piece` is to test the cell: no piece at or before it has claimed it.
+  bool claim(std::uint64_t key, std::size_t piece) {
+    Shard& shard = shards_[key % shards_.size()];
+    const std::lock_guard lock(shard.mutex);
+    auto [it, inserted] = shard.first.try_emplace(key, piece);
+    if (inserted) return true;
+    if (it->second <= piece) return false;
+    it->second = piece;
+    return true;
+  }
+
+ private:
+  struct Shard {
+    std::mutex mutex;
+    std::unordered_map<std::uint64_t, std::size_t> first;
+  };
+  std::array<Shard, 16> shards_;
+};
+
+}  // namespace
+
+void TrialSearch::walkRows(CrystalSystem system, const std::vector<int>& baseLines,
+                           const std::vector<std::vector<LabelRow>>& rowsPerLine, std::span<const std::size_t> fixed,
+                           const TrialOffer& leaf) const {
   const int n = freeParameterCount(system);
-  if (static_cast<int>(baseLines.size()) != n) return;
   std::vector<const LabelRow*> chosen(n, nullptr);
   // With every coefficient positive a row that is at least another in every component gives the
   // larger q, so a lower base line cannot carry it: the order of the lines prunes assignments.
@@ -300,13 +349,15 @@ void TrialSearch::searchRows(CrystalSystem system, const std::vector<int>& baseL
   std::array<std::array<double, 7>, 6> reduced{};
   std::array<int, 6> pivot{};
   std::array<bool, 6> pivotUsed{};
+  bool going = true;
+  // One trial is filled in at every leaf (its vectors keep their storage; the leaf copies what
+  // it keeps).
+  Trial trial;
+  trial.system = system;
+  trial.lines = baseLines;
+  trial.hkl.resize(static_cast<std::size_t>(n));
   auto place = [&](auto& self, int depth) -> void {
-    if (stopped_) return;
     if (depth == n) {
-      ++solved_;
-      if (!poll()) return;
-      Trial trial;
-      trial.system = system;
       for (int e = n - 1; e >= 0; --e) {
         double rhs = reduced[e][n];
         for (int f = e + 1; f < n; ++f) rhs -= reduced[e][pivot[f]] * trial.parameters[pivot[f]];
@@ -316,13 +367,18 @@ void TrialSearch::searchRows(CrystalSystem system, const std::vector<int>& baseL
         if ((system != CrystalSystem::Triclinic && system != CrystalSystem::Monoclinic) || i < 3)
           if (trial.parameters[i] <= 0) return;
       trial.metric = metricFromParameters(system, std::span<const double>(trial.parameters.data(), n));
-      trial.lines = baseLines;
-      for (const LabelRow* r : chosen) trial.hkl.push_back(r->hkl);
-      if (admit(trial)) sink(trial);
+      for (int i = 0; i < n; ++i) trial.hkl[static_cast<std::size_t>(i)] = chosen[static_cast<std::size_t>(i)]->hkl;
+      trial.iq = 0;
+      trial.zero = 0;
+      going = leaf(trial);
       return;
     }
     const double q = problem_.q[baseLines[depth]];
-    for (const LabelRow& row : rowsPerLine[depth]) {
+    const auto& rows = rowsPerLine[depth];
+    const bool isFixed = depth < static_cast<int>(fixed.size());
+    const std::size_t from = isFixed ? fixed[depth] : 0, to = isFixed ? fixed[depth] + 1 : rows.size();
+    for (std::size_t r = from; r < to && going; ++r) {
+      const LabelRow& row = rows[r];
       bool excluded = false;
       for (int d = 0; d < depth; ++d)
         excluded = excluded || (ordered && problem_.q[baseLines[d]] < q && dominates(chosen[d]->x, row.x));
@@ -354,19 +410,72 @@ void TrialSearch::searchRows(CrystalSystem system, const std::vector<int>& baseL
   place(place, 0);
 }
 
-void TrialSearch::completeMetric(CrystalSystem system, const ReciprocalMetric& known, const std::vector<int>& unknown,
-                                 const std::vector<int>& lines,
-                                 const std::vector<std::vector<std::array<int, 3>>>& rowsPerLine, const TrialSink& sink,
-                                 const std::vector<double>* qOverride, bool admitTrial) {
+void TrialSearch::searchRows(CrystalSystem system, const std::vector<int>& baseLines,
+                             const std::vector<std::vector<LabelRow>>& rowsPerLine, const TrialSink& sink) {
+  const int n = freeParameterCount(system);
+  if (static_cast<int>(baseLines.size()) != n || static_cast<int>(rowsPerLine.size()) != n) return;
+  // The pieces are the rows of the first base line (of the first two when there are three or more).
+  const int fixedDepth = n >= 3 ? 2 : 1;
+  const std::size_t secondRows = fixedDepth == 2 ? rowsPerLine[1].size() : 1;
+  long expected = 1;  // assignments at most, counted until there are enough to share out
+  for (const auto& rows : rowsPerLine)
+    if (expected < kTrialsWorthSharing) expected *= static_cast<long>(rows.size());
+  searchPieces(
+      rowsPerLine[0].size() * secondRows,
+      [&](std::size_t piece, const TrialOffer& offer) {
+        const std::array<std::size_t, 2> fixed{piece / secondRows, piece % secondRows};
+        walkRows(system, baseLines, rowsPerLine, std::span<const std::size_t>(fixed.data(), static_cast<std::size_t>(fixedDepth)), offer);
+      },
+      sink, expected >= kTrialsWorthSharing);
+}
+
+void TrialSearch::searchPieces(std::size_t pieces, const PieceSearch& search, const TrialSink& sink, bool share) {
+  if (stopped_ || pieces == 0) return;
+  // The pieces are searched on every core, each trial checked and tested where it is solved.
+  // The trials are then handed on piece by piece in the order of a search on one core, each cell
+  // the first time it is met, so the result does not depend on the number of cores.
+  std::vector<std::vector<TrialOutcome>> outcomes(pieces);
+  PieceClaims claims;
+  std::vector<long> offered(static_cast<std::size_t>(threads_), 0);
+  std::atomic<bool> stop{false};
+  parallelFor(pieces, share ? threads_ : 1, [&](std::size_t piece, int thread) {
+    long& count = offered[static_cast<std::size_t>(thread)];
+    // Only the calling thread asks the user, every few thousand trials (a piece counts as many).
+    auto tick = [&](long units) {
+      const long before = count;
+      count += units;
+      if (thread == 0 && before / 4096 != count / 4096 && interrupted_ && interrupted_()) stop = true;
+      return !stop;
+    };
+    const TrialOffer offer = [&](const Trial& solved) {
+      if (!tick(1)) return false;
+      const auto key = admissibleKey(solved);
+      if (!key || seen_.contains(*key) || !claims.claim(*key, piece)) return true;
+      TrialOutcome outcome{*key, solved};
+      if (!indexesTestLines(*outcome.trial)) outcome.trial.reset();
+      outcomes[piece].push_back(std::move(outcome));
+      return true;
+    };
+    if (tick(64)) search(piece, offer);
+  });
+  for (const long count : offered) solved_ += count;
+  if (stop) stopped_ = true;
+  for (auto& piece : outcomes)
+    for (TrialOutcome& outcome : piece)
+      if (seen_.insert(outcome.key).second && outcome.trial) sink(*outcome.trial);
+}
+
+void TrialSearch::solveCompletions(CrystalSystem system, const ReciprocalMetric& known, const std::vector<int>& unknown,
+                                   const std::vector<int>& lines,
+                                   const std::vector<std::vector<std::array<int, 3>>>& rowsPerLine,
+                                   const TrialOffer& offer, const std::vector<double>* qOverride) const {
   const int n = static_cast<int>(unknown.size());
   if (static_cast<int>(lines.size()) != n) return;
   std::array<std::array<double, 7>, 6> matrix{};
   std::vector<std::array<int, 3>> chosen(n);
+  bool going = true;
   std::function<void(int)> place = [&](int depth) {
-    if (stopped_) return;
     if (depth == n) {
-      ++solved_;
-      if (!poll()) return;
       MetricParameters p{};
       if (!solveSmall(n, matrix, p)) return;
       Trial trial;
@@ -376,17 +485,12 @@ void TrialSearch::completeMetric(CrystalSystem system, const ReciprocalMetric& k
       trial.parameters = parametersFromMetric(system, trial.metric);
       trial.lines = lines;
       trial.hkl = chosen;
-      if (!admitTrial) {
-        for (int i = 0; i < n; ++i)
-          if (unknown[i] < 3 && p[i] <= 0) return;
-        sink(trial);
-        return;
-      }
-      if (admit(trial)) sink(trial);
+      going = offer(trial);
       return;
     }
     const double q = qOverride ? (*qOverride)[depth] : problem_.q[lines[depth]];
     for (const auto& hkl : rowsPerLine[depth]) {
+      if (!going) return;
       const auto x = products(hkl);
       double knownPart = 0;
       for (int c = 0; c < 6; ++c)
@@ -398,6 +502,29 @@ void TrialSearch::completeMetric(CrystalSystem system, const ReciprocalMetric& k
     }
   };
   place(0);
+}
+
+void TrialSearch::completeMetric(CrystalSystem system, const ReciprocalMetric& known, const std::vector<int>& unknown,
+                                 const std::vector<int>& lines,
+                                 const std::vector<std::vector<std::array<int, 3>>>& rowsPerLine, const TrialSink& sink,
+                                 const std::vector<double>* qOverride, bool admitTrial) {
+  if (stopped_) return;
+  solveCompletions(
+      system, known, unknown, lines, rowsPerLine,
+      [&](const Trial& solved) {
+        ++solved_;
+        if (!poll()) return false;
+        if (!admitTrial) {
+          for (const int c : unknown)
+            if (c < 3 && coefficient(solved.metric, c) <= 0) return true;
+          sink(solved);
+          return true;
+        }
+        Trial trial = solved;
+        if (admit(trial)) sink(trial);
+        return true;
+      },
+      qOverride);
 }
 
 }  // namespace quarvel

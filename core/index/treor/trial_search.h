@@ -3,11 +3,16 @@
 // base-line set, admissibility of the trial cell and the count of test lines it indexes.
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
 #include <functional>
+#include <optional>
+#include <span>
 #include <unordered_set>
 #include <vector>
 
+#include "core/common/parallel_for.h"
 #include "core/index/lattice/crystal_system.h"
 #include "core/index/lattice/reciprocal_metric.h"
 
@@ -55,6 +60,10 @@ struct Trial {
 
 // Receives every new admissible trial that reaches the print threshold.
 using TrialSink = std::function<void(const Trial&)>;
+// Receives each trial a search solves, before any check; false stops the search.
+using TrialOffer = std::function<bool(const Trial&)>;
+// One piece of a search that is shared out: offers the trials of piece `piece`.
+using PieceSearch = std::function<void(std::size_t piece, const TrialOffer& offer)>;
 
 class TrialSearch {
  public:
@@ -79,6 +88,11 @@ class TrialSearch {
   void searchRows(CrystalSystem system, const std::vector<int>& baseLines,
                   const std::vector<std::vector<LabelRow>>& rowsPerLine, const TrialSink& sink);
 
+  // Independent searches (pieces) run on every core when `share` says they are worth it: each
+  // offers its trials, which are admitted and handed to `sink` piece by piece in order, exactly
+  // as if the pieces had run one after the other on one core.
+  void searchPieces(std::size_t pieces, const PieceSearch& search, const TrialSink& sink, bool share = true);
+
   // Completes a partly known metric: `known` fixes some coefficients; the remaining ones
   // (`unknown`, indices into A..F) are solved from `lines` (or the values `qOverride`), each
   // given indices from `rowsPerLine`. Without `admitTrial` the result is a 2D zone handed on
@@ -87,6 +101,10 @@ class TrialSearch {
                       const std::vector<int>& lines, const std::vector<std::vector<std::array<int, 3>>>& rowsPerLine,
                       const TrialSink& sink, const std::vector<double>* qOverride = nullptr,
                       bool admitTrial = true);
+  // The same solutions offered unchecked, for a piece of a shared search.
+  void solveCompletions(CrystalSystem system, const ReciprocalMetric& known, const std::vector<int>& unknown,
+                        const std::vector<int>& lines, const std::vector<std::vector<std::array<int, 3>>>& rowsPerLine,
+                        const TrialOffer& offer, const std::vector<double>* qOverride = nullptr) const;
 
   // Test lines indexed by a metric within the trial window (stops early once IQ is out of reach);
   // `solved` are lines the metric was solved from.
@@ -114,7 +132,23 @@ class TrialSearch {
   // Accepts the trial when admissible and not yet seen in this stage; fills iq.
   bool admit(Trial& trial);
 
+  // Threads that search the assignments of a base-line set (1: the calling thread alone). The
+  // trials handed on are the same, in the same order, for any number.
+  void setThreads(int threads) { threads_ = std::max(threads, 1); }
+
  private:
+  // A base-line set with fewer assignments than this is searched on the calling thread alone.
+  static constexpr long kTrialsWorthSharing = 20000;
+
+  // The geometric checks of a trial (edges, volume, β); the key of its cell when it passes.
+  std::optional<std::uint64_t> admissibleKey(const Trial& trial) const;
+  // Counts the test lines the trial indexes (fills iq) and refits it; true when it passes.
+  bool indexesTestLines(Trial& trial) const;
+  // Every assignment of rows to the base lines, depth first; the first depths may be held to
+  // one row each (`fixed`). `leaf` gets each solved trial and returns false to stop.
+  void walkRows(CrystalSystem system, const std::vector<int>& baseLines,
+                const std::vector<std::vector<LabelRow>>& rowsPerLine, std::span<const std::size_t> fixed,
+                const TrialOffer& leaf) const;
   bool poll();
   bool refitOnTestLines(Trial& trial) const;
   double windowOf(int line) const {
@@ -126,6 +160,7 @@ class TrialSearch {
   double maxVolume_ = 0;
   int printThreshold_ = 0;
   std::unordered_set<std::uint64_t> seen_;
+  int threads_ = hardwareThreads();
   long solved_ = 0;
   bool stopped_ = false;
 };
