@@ -329,6 +329,33 @@ class PieceClaims {
 
 }  // namespace
 
+namespace {
+
+// A change of axes that maps the rows of a system's label table onto rows of the same table and
+// gives the same cell with its axes renamed: the squared indices permuted, and the sign of the
+// monoclinic cross term hl changed (β and 180° − β).
+struct RowSymmetry {
+  std::array<int, 3> axes;
+  double crossSign;
+  MetricParameters apply(const MetricParameters& x) const {
+    return {x[static_cast<std::size_t>(axes[0])], x[static_cast<std::size_t>(axes[1])], x[static_cast<std::size_t>(axes[2])],
+            crossSign * x[3], x[4], x[5]};
+  }
+};
+
+// The changes of axes other than none: orthorhombic a, b, c in any order; monoclinic a and c
+// exchanged, β turned into its supplement, or both.
+std::vector<RowSymmetry> rowSymmetries(CrystalSystem system) {
+  switch (system) {
+    case CrystalSystem::Orthorhombic:
+      return {{{0, 2, 1}, 1}, {{1, 0, 2}, 1}, {{1, 2, 0}, 1}, {{2, 0, 1}, 1}, {{2, 1, 0}, 1}};
+    case CrystalSystem::Monoclinic: return {{{2, 1, 0}, 1}, {{0, 1, 2}, -1}, {{2, 1, 0}, -1}};
+    default: return {};
+  }
+}
+
+}  // namespace
+
 void TrialSearch::walkRows(CrystalSystem system, const std::vector<int>& baseLines,
                            const std::vector<std::vector<LabelRow>>& rowsPerLine, std::span<const std::size_t> fixed,
                            const TrialOffer& leaf) const {
@@ -349,6 +376,22 @@ void TrialSearch::walkRows(CrystalSystem system, const std::vector<int>& baseLin
   std::array<std::array<double, 7>, 6> reduced{};
   std::array<int, 6> pivot{};
   std::array<bool, 6> pivotUsed{};
+  // An assignment and the one with the axes renamed give one cell, which the stage tests once:
+  // only the assignment whose rows come first in lexicographic order among its renamings is
+  // solved (the first line then has its index on the last axis it can: 001 rather than 100). A
+  // partial assignment that a renaming already puts in front of is cut off with its subtree.
+  const std::vector<RowSymmetry> symmetries = orbitPruning_ ? rowSymmetries(system) : std::vector<RowSymmetry>{};
+  auto renamingComesFirst = [&](int depth) {
+    for (const RowSymmetry& g : symmetries)
+      for (int d = 0; d <= depth; ++d) {
+        const MetricParameters& x = chosen[static_cast<std::size_t>(d)]->x;
+        const MetricParameters y = g.apply(x);
+        const auto order = std::lexicographical_compare_three_way(y.begin(), y.begin() + n, x.begin(), x.begin() + n);
+        if (order < 0) return true;
+        if (order > 0) break;
+      }
+    return false;
+  };
   bool going = true;
   // One trial is filled in at every leaf (its vectors keep their storage; the leaf copies what
   // it keeps).
@@ -400,9 +443,10 @@ void TrialSearch::walkRows(CrystalSystem system, const std::vector<int>& baseLin
       for (int c = 0; c < n; ++c)
         if (!pivotUsed[c] && (best < 0 || std::abs(v[c]) > std::abs(v[best]))) best = c;
       if (best < 0 || std::abs(v[best]) < 1e-9 * scale) continue;  // dependent on the rows above
+      chosen[depth] = &row;
+      if (renamingComesFirst(depth)) continue;
       pivot[depth] = best;
       pivotUsed[best] = true;
-      chosen[depth] = &row;
       self(self, depth + 1);
       pivotUsed[best] = false;
     }

@@ -135,6 +135,9 @@ class TrialSearch {
   // Threads that search the assignments of a base-line set (1: the calling thread alone). The
   // trials handed on are the same, in the same order, for any number.
   void setThreads(int threads) { threads_ = std::max(threads, 1); }
+  // Off: every assignment of rows is solved, also those that only rename the axes of another
+  // (the same cells are admitted, more slowly; for tests).
+  void setOrbitPruning(bool on) { orbitPruning_ = on; }
 
  private:
   // A base-line set with fewer assignments than this is searched on the calling thread alone.
@@ -161,6 +164,7 @@ class TrialSearch {
   int printThreshold_ = 0;
   std::unordered_set<std::uint64_t> seen_;
   int threads_ = hardwareThreads();
+  bool orbitPruning_ = true;
   long solved_ = 0;
   bool stopped_ = false;
 };
