@@ -6,6 +6,7 @@
 #include "core/index/lattice/calculated_lines.h"
 #include "core/index/lattice/crystal_system.h"
 #include "core/index/lattice/figures_of_merit.h"
+#include "core/index/lattice/line_assignment.h"
 #include "core/index/lattice/units.h"
 
 namespace quarvel {
@@ -91,11 +92,15 @@ TEST(LatticeLines, SolvingForTheLastIndexAgreesWithTheFullList) {
   auto exactForm = [](const SystemCase& c) {
     return metricFromParameters(c.system, parametersFromMetric(c.system, metricFromCell(c.cell)));
   };
+  // The tetragonal, hexagonal and cubic forms with P are searched by layers, the rest along the
+  // two shorter edges (the long c of a swapped cell too).
+  const CellParameters longA{21.3, 4.1, 6.7, 90, 90, 90};
   for (const auto& [m, centring] :
        {std::pair{metricFromCell(kCells[6].cell), Centring::P}, {metricFromCell(kCells[6].cell), Centring::I},
         {metricFromCell(kCells[5].cell), Centring::C}, {exactForm(kCells[5]), Centring::P},
         {exactForm(kCells[4]), Centring::P}, {exactForm(kCells[1]), Centring::I}, {exactForm(kCells[2]), Centring::P},
-        {exactForm(kCells[2]), Centring::R}}) {
+        {exactForm(kCells[2]), Centring::R}, {exactForm(kCells[1]), Centring::P}, {exactForm(kCells[0]), Centring::P},
+        {metricFromCell(longA), Centring::P}, {metricFromCell(longA), Centring::A}}) {
     const auto lines = calculatedLines(m, centring, 0.3);
     std::mt19937 random(7);
     std::uniform_real_distribution<double> anyQ(0.01, 0.28);
@@ -106,12 +111,38 @@ TEST(LatticeLines, SolvingForTheLastIndexAgreesWithTheFullList) {
       for (const CalculatedLine& c : lines) {
         if (std::abs(c.q - q) <= best) best = std::abs(c.q - q), expected = true;
       }
-      const auto found = nearestLineWithin(m, centring, q, tol);
+      const NearestLineFinder finder(m, centring);
+      const auto found = finder.nearest(q, tol);
       ASSERT_EQ(found.has_value(), expected) << q;
+      EXPECT_EQ(finder.hasLine(q, tol), expected) << q;
       if (found) {
         EXPECT_NEAR(std::abs(found->q - q), best, 1e-15);
+        EXPECT_NEAR(m.q(found->h, found->k, found->l), found->q, 1e-14);  // the indices give the value
         EXPECT_TRUE(isAllowedReflection(centring, found->h, found->k, found->l));
       }
+    }
+    // Assigning without a list gives every observed line the same value as with one.
+    std::vector<double> observed, tolerance;
+    for (int i = 0; i < 40; ++i) observed.push_back(anyQ(random)), tolerance.push_back(3e-4);
+    const auto listed = assignLines(observed, tolerance, lines);
+    const auto solved = assignLines(observed, tolerance, m, centring);
+    for (std::size_t i = 0; i < observed.size(); ++i) {
+      ASSERT_EQ(listed[i].indexed, solved[i].indexed);
+      EXPECT_NEAR(listed[i].qCalc, solved[i].qCalc, 1e-15);
+    }
+  }
+}
+
+TEST(LatticeLines, CountingDistinctValuesWithoutAListAgreesWithTheList) {
+  std::vector<double> scratch;
+  for (const SystemCase& c : kCells) {
+    // Tied coefficients exactly as a trial of the system has them (mirror rows are skipped there).
+    const ReciprocalMetric m = metricFromParameters(c.system, parametersFromMetric(c.system, metricFromCell(c.cell)));
+    for (const double qMax : {0.05, 0.2, 0.5}) {
+      const int distinct = countDistinct(calculatedLines(m, Centring::P, qMax), qMax);
+      for (const int limit : {distinct - 1, distinct, distinct + 1})
+        EXPECT_EQ(moreDistinctLinesThan(m, qMax, limit, scratch), distinct > limit)
+            << crystalSystemName(c.system) << " " << qMax << " " << limit;
     }
   }
 }

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "core/index/lattice/common_factor.h"
 #include "core/index/lattice/metric_refinement.h"
 #include "core/index/lattice/synthetic_lines.h"
@@ -75,6 +77,40 @@ TEST(LatticeRefinement, NoisyLinesGiveTheTruthWithinTheStandardDeviations) {
   }
   // Three standard deviations hold for about 99.7 % of honest estimates.
   EXPECT_GE(within, total - 2);
+}
+
+TEST(LatticeRefinement, AnInsignificantZeroIsDroppedForTheRefinementWithoutIt) {
+  // Noisy lines without a zero error: the zero refines to nothing within its limit and the result
+  // is exactly the refinement without a zero. A real zero of 0.05° stays.
+  const CellParameters truth{9.1896, 12.4755, 6.2427, 90, 106.927, 90};
+  for (const double zero : {0.0, 0.05}) {
+    SyntheticLineOptions lines;
+    lines.maxLines = 30;
+    lines.noise = 0.01;
+    lines.zero = zero;
+    const auto observed = syntheticLines(truth, Centring::P, lines);
+    MetricRefinementOptions o = optionsFor(CrystalSystem::Monoclinic, true);
+    const MetricRefinement kept = refineMetric(observed, perturbedStart(truth), o);
+    o.zeroSignificance = 3.0;
+    const MetricRefinement judged = refineMetric(observed, perturbedStart(truth), o);
+    ASSERT_TRUE(kept.solved && judged.solved);
+    const bool significant = std::abs(kept.zero) > 3.0 * kept.zeroSigma;
+    EXPECT_EQ(significant, zero > 0.0);
+    EXPECT_EQ(judged.zeroDropped, !significant);
+    if (significant) {
+      EXPECT_EQ(judged.zero, kept.zero);
+      continue;
+    }
+    EXPECT_DOUBLE_EQ(judged.droppedZeroSigma, kept.zeroSigma);
+    const MetricRefinement without = refineMetric(observed, perturbedStart(truth), optionsFor(CrystalSystem::Monoclinic, false));
+    EXPECT_EQ(judged.zero, 0.0);
+    EXPECT_EQ(judged.cycles, without.cycles);
+    EXPECT_EQ(judged.converged, without.converged);
+    for (std::size_t i = 0; i < judged.parameters.size(); ++i) {
+      EXPECT_EQ(judged.parameters[i], without.parameters[i]);
+      EXPECT_EQ(judged.parameterSigmas[i], without.parameterSigmas[i]);
+    }
+  }
 }
 
 TEST(LatticeRefinement, ReportsASingularDesignAndTooFewLines) {

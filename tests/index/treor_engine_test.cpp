@@ -68,6 +68,17 @@ TEST(TreorEngine, FindsTheCellOfEachCrystalSystem) {
   }
 }
 
+// The searches and refinements are shared out among threads and merged in the order of a search
+// on one thread: the report must not depend on how many there are (here through the monoclinic
+// stage: base-line sets, the (020) search, dominant zones and refinements).
+TEST(TreorEngine, TheReportIsTheSameOnOneThreadAndOnSeveral) {
+  const SyntheticCell s{"monoclinic P", CrystalSystem::Monoclinic, {6.823, 5.117, 7.452, 90, 104.6, 90}, Centring::P};
+  const TreorInput input = treorInputFor(syntheticCase(s));
+  const TreorResult one = runTreor(input, nullptr, 1);
+  ASSERT_NE(std::find(one.report.begin(), one.report.end(), " ** MONOCLINIC TEST"), one.report.end());
+  EXPECT_EQ(reportText(runTreor(input, nullptr, 3)), reportText(one));
+}
+
 // Cells whose first lines all lie in one zone, where no pair or triple of base lines fixes the
 // remaining axis: a long a axis (the hk0 lines first); two long axes whose zone indexes every
 // test line, the third axis showing first after them. And a small hexagonal cell whose lines a

@@ -95,7 +95,7 @@ int countDistinct(std::span<const CalculatedLine> sorted, double qLimit) {
 
 bool moreDistinctLinesThan(const ReciprocalMetric& m, double qMax, int limit, std::vector<double>& values) {
   values.clear();
-  if (!(qMax > 0.0) || !isPositiveDefinite(m)) return false;
+  if (!(qMax > 0.0) || !isPositiveDefinite(m)) return limit < 0;
   // Rows k and -k (l and -l) of a form without the cross terms that tell them apart hold the same
   // values bit for bit, so one of each gives the same count: an orthorhombic trial lists a
   // quarter of its reflections. When even those are within the limit, no sort is needed.
@@ -121,6 +121,7 @@ bool moreDistinctLinesThan(const ReciprocalMetric& m, double qMax, int limit, st
     }
   }
   if (static_cast<int>(values.size()) <= limit) return false;
+  if (limit < 0) return true;
   std::sort(values.begin(), values.end());
   int count = 0;
   double last = -1.0;
@@ -129,7 +130,7 @@ bool moreDistinctLinesThan(const ReciprocalMetric& m, double qMax, int limit, st
       if (++count > limit) return true;
       last = q;
     }
-  return false;
+  return count > limit;
 }
 
 std::vector<double> distinctValues(std::span<const CalculatedLine> sorted) {
