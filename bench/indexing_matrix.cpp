@@ -152,7 +152,8 @@ int main(int argc, char** argv) {
     if (std::filesystem::is_directory(casesDir)) cases = readIndexingCases(casesDir, errors);
     for (const auto& e : errors) fmt::print("skipped: {}\n", e);
     keepMatching(cases, filter);
-    if (cases.empty()) fmt::print("\nno case files in {}\n", casesDir);
+    if (!jobsDir.empty()) writeJobs(cases, jobsDir);
+    else if (cases.empty()) fmt::print("\nno case files in {}\n", casesDir);
     else printSummary("Case files in " + casesDir, runIndexingMatrix(engine->second, cases, top), listing);
   }
   if (only != "cases") {
