@@ -47,30 +47,46 @@ bool RowMinimum::rowsReaching(int h, double target, int& lo, int& hi) const {
   return lo <= hi;
 }
 
-void calculatedLines(const ReciprocalMetric& m, Centring centring, double qMax, std::vector<CalculatedLine>& out) {
-  out.clear();
+namespace {
+
+// Calls visit(h, k, l, q) for every reflection with 0 < q ≤ qMax in the half space h > 0, or
+// h = 0 and k > 0, or h = k = 0 and l > 0. With `foldMirrors`, rows k and -k (l and -l) of a form
+// without the cross terms that tell them apart are visited once (they hold the same values bit
+// for bit).
+template <class Visit>
+void visitReflections(const ReciprocalMetric& m, double qMax, bool foldMirrors, Visit&& visit) {
   if (!(qMax > 0.0) || !isPositiveDefinite(m)) return;
+  const bool kMirror = foldMirrors && m.D == 0.0 && m.F == 0.0;
+  const bool lMirror = foldMirrors && m.D == 0.0 && m.E == 0.0;
   const auto [hMax, kMax, lMax] = indexBounds(m, qMax);
   const double limit = qMax * (1.0 + 1e-10);  // a line exactly at the limit is kept
   const RowMinimum rows(m);
   for (int h = 0; h <= hMax; ++h) {
     int kLo = 0, kHi = 0;
     if (!rows.rowsReaching(h, limit, kLo, kHi)) continue;
-    for (int k = std::max(kLo, h == 0 ? 0 : -kMax); k <= std::min(kHi, kMax); ++k) {
+    for (int k = std::max(kLo, (h == 0 || kMirror) ? 0 : -kMax); k <= std::min(kHi, kMax); ++k) {
       const double c0 = m.A * h * h + m.B * k * k + m.F * h * k;
       const double b = m.D * k + m.E * h;
       int lo = 0, hi = 0;
       if (!lRange(m.C, b, c0, limit, lo, hi)) continue;
-      lo = std::max(lo, -lMax);
+      lo = std::max(lo, lMirror ? 0 : -lMax);
       hi = std::min(hi, lMax);
       if (h == 0 && k == 0) lo = std::max(lo, 1);
       for (int l = lo; l <= hi; ++l) {
-        if (!isAllowedReflection(centring, h, k, l)) continue;
         const double q = c0 + l * (b + m.C * l);
-        if (q > 0.0 && q <= limit) out.push_back({q, h, k, l});
+        if (q > 0.0 && q <= limit) visit(h, k, l, q);
       }
     }
   }
+}
+
+}  // namespace
+
+void calculatedLines(const ReciprocalMetric& m, Centring centring, double qMax, std::vector<CalculatedLine>& out) {
+  out.clear();
+  visitReflections(m, qMax, false, [&](int h, int k, int l, double q) {
+    if (isAllowedReflection(centring, h, k, l)) out.push_back({q, h, k, l});
+  });
   std::sort(out.begin(), out.end(), [](const CalculatedLine& x, const CalculatedLine& y) { return x.q < y.q; });
 }
 
@@ -95,31 +111,9 @@ int countDistinct(std::span<const CalculatedLine> sorted, double qLimit) {
 
 bool moreDistinctLinesThan(const ReciprocalMetric& m, double qMax, int limit, std::vector<double>& values) {
   values.clear();
-  if (!(qMax > 0.0) || !isPositiveDefinite(m)) return limit < 0;
-  // Rows k and -k (l and -l) of a form without the cross terms that tell them apart hold the same
-  // values bit for bit, so one of each gives the same count: an orthorhombic trial lists a
-  // quarter of its reflections. When even those are within the limit, no sort is needed.
-  const bool kMirror = m.D == 0.0 && m.F == 0.0, lMirror = m.D == 0.0 && m.E == 0.0;
-  const auto [hMax, kMax, lMax] = indexBounds(m, qMax);
-  const double limitQ = qMax * (1.0 + 1e-10);
-  const RowMinimum rows(m);
-  for (int h = 0; h <= hMax; ++h) {
-    int kLo = 0, kHi = 0;
-    if (!rows.rowsReaching(h, limitQ, kLo, kHi)) continue;
-    for (int k = std::max(kLo, (h == 0 || kMirror) ? 0 : -kMax); k <= std::min(kHi, kMax); ++k) {
-      const double c0 = m.A * h * h + m.B * k * k + m.F * h * k;
-      const double b = m.D * k + m.E * h;
-      int lo = 0, hi = 0;
-      if (!lRange(m.C, b, c0, limitQ, lo, hi)) continue;
-      lo = std::max(lo, lMirror ? 0 : -lMax);
-      hi = std::min(hi, lMax);
-      if (h == 0 && k == 0) lo = std::max(lo, 1);
-      for (int l = lo; l <= hi; ++l) {
-        const double q = c0 + l * (b + m.C * l);
-        if (q > 0.0 && q <= limitQ) values.push_back(q);
-      }
-    }
-  }
+  // Mirrored rows give the same count: an orthorhombic trial lists a quarter of its reflections.
+  // When even those are within the limit, no sort is needed.
+  visitReflections(m, qMax, true, [&](int, int, int, double q) { values.push_back(q); });
   if (static_cast<int>(values.size()) <= limit) return false;
   if (limit < 0) return true;
   std::sort(values.begin(), values.end());
