@@ -61,6 +61,28 @@ TEST(TreorUnits, TriclinicTrialRefinesInAnObliqueBasis) {
   }
 }
 
+// With a molar weight and a density only cells holding a whole number of formula units are
+// admitted: the tetragonal cell (162.8 Å³) holds two units of 100 g/mol at 2.04 g/cm³, and none
+// at 2.55 g/cm³ (2.5 units).
+TEST(TreorUnits, TheDensityTestKeepsCellsThatHoldAWholeNumberOfUnits) {
+  for (const double density : {2.04, 2.55}) {
+    TreorInput input;
+    input.keywords.wave = 1.5406;
+    input.values = tetragonalLines(1.5406);
+    input.keywords.molw = 100.0;
+    input.keywords.dens = density;
+    input.keywords.edens = 0.05;
+    const TreorResult result = runTreor(input, nullptr);
+    const bool found = std::any_of(result.cells.begin(), result.cells.end(), [](const TreorCell& c) {
+      return c.accepted && std::abs(c.cell.a - kTetragonal.a) < 1e-3 && std::abs(c.cell.c - kTetragonal.c) < 1e-3;
+    });
+    EXPECT_EQ(found, density < 2.5) << density;
+    if (found) {
+      EXPECT_EQ(firstLinesOf(result, " CALCULATED DENSITY", 1), " CALCULATED DENSITY =   2.040 G/CM**3 FOR Z =   2\n");
+    }
+  }
+}
+
 // Assignments that only rename the axes of another give the same cell and are cut off: the
 // cells admitted must be those of the full search (but for the few noted below). A monoclinic and an orthorhombic pattern, the
 // base lines of each general test (a loose window, so that many cells pass).

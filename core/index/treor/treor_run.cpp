@@ -220,6 +220,7 @@ class TreorRunner {
     problem_.tolerance = qFromSinSquaredTheta(effectiveWindow(k_.d1, 0.0002, lambda), lambda);
     problem_.maxEdge = k_.cem > 0 ? k_.cem : 25.0;
     problem_.maxBeta = k_.maxBeta;
+    problem_.density = {k_.molw, k_.dens, k_.edens};
     for (int i = 0; i < static_cast<int>(problem_.q.size()); ++i)
       if (!flagged_[i]) base_.push_back(i);
     if (k_.select > 0 && k_.select <= static_cast<int>(problem_.q.size())) selected_ = k_.select - 1;
@@ -549,6 +550,11 @@ class TreorRunner {
     stored.zero = lines_.correction + refined.refinement.zero;
     stored.zeroSigma = refined.zeroSigma;
     stored.accepted = stored.m20 >= k_.merit && stored.unindexed <= k_.nix;
+    // A refined cell (a halved axis, a finer lattice) may no longer hold a whole Z.
+    if (stored.accepted && problem_.density.active() && !densityFit(stored.volume, problem_.density).within) {
+      stored.accepted = false;
+      out(densityLine(stored.volume) + " OUTSIDE THE LIMITS: NOT ACCEPTED");
+    }
     if (stored.accepted) {
       accept(best.system, metric, stored);
       noteAcceptedZero(stored);
@@ -599,6 +605,13 @@ class TreorRunner {
       }
     }
     printCellAnalysis(result_.report, lines_, stored.cell, again.solved ? primitiveMerit : stored.m20);
+    if (problem_.density.active()) out(densityLine(stored.volume));
+  }
+
+  // The density the measured one comes nearest to for a whole number of formula units.
+  std::string densityLine(double volume) const {
+    const DensityFit fit = densityFit(volume, problem_.density);
+    return " CALCULATED DENSITY =" + formatF(fit.density, 8, 3) + " G/CM**3 FOR Z =" + formatI(fit.z, 4);
   }
 
   // A cell whose lines obey a lattice centring is judged by the M20 of the centred lattice: the

@@ -190,6 +190,7 @@ std::optional<std::uint64_t> TrialSearch::admissibleKey(const Trial& trial) cons
   const double volume = cellVolume(*cell);
   if (volume < problem_.minVolume || volume > maxVolume_) return std::nullopt;
   if (std::max(cell->beta, 180.0 - cell->beta) > problem_.maxBeta) return std::nullopt;
+  if (problem_.density.active() && !densityFit(volume, problem_.density).within) return std::nullopt;
   return cellKey(m);
 }
 

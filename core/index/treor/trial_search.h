@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "core/common/parallel_for.h"
+#include "core/index/lattice/cell_density.h"
 #include "core/index/lattice/crystal_system.h"
 #include "core/index/lattice/reciprocal_metric.h"
 
@@ -46,6 +47,7 @@ struct TrialProblem {
   double maxEdge = 25.0, minEdge = 2.0;
   double minVolume = 20.0;
   double maxBeta = 125.0;
+  DensityLimits density;  // with a molar weight and a density, cells that hold no whole Z are out
 };
 
 struct Trial {
@@ -143,7 +145,7 @@ class TrialSearch {
   // A base-line set with fewer assignments than this is searched on the calling thread alone.
   static constexpr long kTrialsWorthSharing = 20000;
 
-  // The geometric checks of a trial (edges, volume, β); the key of its cell when it passes.
+  // The geometric checks of a trial (edges, volume, β, density); the key of its cell when it passes.
   std::optional<std::uint64_t> admissibleKey(const Trial& trial) const;
   // Counts the test lines the trial indexes (fills iq) and refits it; true when it passes.
   bool indexesTestLines(Trial& trial) const;
