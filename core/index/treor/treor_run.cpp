@@ -81,7 +81,7 @@ std::string keywordLine(const std::string& name, const std::string& value) { ret
 class TreorRunner {
  public:
   TreorRunner(const TreorInput& input, Shell* shell, int threads)
-      : input_(input), k_(input.keywords), shell_(shell), threads_(threads) {}
+      : input_(input), k_(input.keywords), shell_(shell), pool_(threads) {}
 
   TreorResult run() {
     header();
@@ -95,7 +95,7 @@ class TreorRunner {
     prepareProblem();
     echoParameters();
     TrialSearch search(problem_, [this] { return shell_ && shell_->interruptRequested(); });
-    search.setThreads(threads_);
+    search.setWorkers(&pool_);
     search_ = &search;
     const bool allSystems = k_.vol < 0;
     // Progress is the share of the run a stage usually takes when every stage runs.
@@ -397,11 +397,12 @@ class TreorRunner {
     std::stable_sort(pending_.begin(), pending_.end(), [](const PendingTrial& x, const PendingTrial& y) {
       return cellVolume(x.trial.metric) < cellVolume(y.trial.metric);
     });
-    for (std::size_t first = 0; first < pending_.size(); first += static_cast<std::size_t>(threads_)) {
+    const auto threads = static_cast<std::size_t>(pool_.threads());
+    for (std::size_t first = 0; first < pending_.size(); first += threads) {
       if (!search_->keepGoing()) break;
-      const std::size_t batch = std::min(pending_.size() - first, static_cast<std::size_t>(threads_));
+      const std::size_t batch = std::min(pending_.size() - first, threads);
       std::vector<Refined> refined(batch);
-      parallelFor(batch, threads_, [&](std::size_t i, int) { refined[i] = refineCandidate(pending_[first + i].trial); });
+      pool_.run(batch, pool_.threads(), [&](std::size_t i, int) { refined[i] = refineCandidate(pending_[first + i].trial); });
       for (std::size_t i = 0; i < batch; ++i) {
         const PendingTrial& p = pending_[first + i];
         const bool lowSymmetry = p.trial.system == CrystalSystem::Monoclinic || p.trial.system == CrystalSystem::Triclinic;
@@ -1023,7 +1024,7 @@ class TreorRunner {
   const TreorInput& input_;
   const TreorKeywords& k_;
   Shell* shell_;
-  int threads_;
+  WorkerPool pool_;
   TreorResult result_;
   ObservedLines lines_;
   ObservedLines observed_;  // the lines as measured (first ones adjusted by their higher orders)

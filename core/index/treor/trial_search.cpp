@@ -481,9 +481,10 @@ void TrialSearch::searchPieces(std::size_t pieces, const PieceSearch& search, co
   // the first time it is met, so the result does not depend on the number of cores.
   std::vector<std::vector<TrialOutcome>> outcomes(pieces);
   PieceClaims claims;
-  std::vector<long> offered(static_cast<std::size_t>(threads_), 0);
+  const int threads = workers_ != nullptr && share ? workers_->threads() : 1;
+  std::vector<long> offered(static_cast<std::size_t>(threads), 0);
   std::atomic<bool> stop{false};
-  parallelFor(pieces, share ? threads_ : 1, [&](std::size_t piece, int thread) {
+  const WorkerPool::Body body = [&](std::size_t piece, int thread) {
     long& count = offered[static_cast<std::size_t>(thread)];
     // Only the calling thread asks the user, every few thousand trials (a piece counts as many).
     auto tick = [&](long units) {
@@ -502,7 +503,12 @@ void TrialSearch::searchPieces(std::size_t pieces, const PieceSearch& search, co
       return true;
     };
     if (tick(64)) search(piece, offer);
-  });
+  };
+  if (threads > 1) {
+    workers_->run(pieces, threads, body);
+  } else {
+    for (std::size_t piece = 0; piece < pieces; ++piece) body(piece, 0);
+  }
   for (const long count : offered) solved_ += count;
   if (stop) stopped_ = true;
   for (auto& piece : outcomes)

@@ -134,9 +134,9 @@ class TrialSearch {
   // Accepts the trial when admissible and not yet seen in this stage; fills iq.
   bool admit(Trial& trial);
 
-  // Threads that search the assignments of a base-line set (1: the calling thread alone). The
-  // trials handed on are the same, in the same order, for any number.
-  void setThreads(int threads) { threads_ = std::max(threads, 1); }
+  // The threads that share out the searches (none: the calling thread alone). The trials handed
+  // on are the same, in the same order, for any number.
+  void setWorkers(WorkerPool* workers) { workers_ = workers; }
   // Off: every assignment of rows is solved, also those that only rename the axes of another
   // (the same cells are admitted, more slowly; for tests).
   void setOrbitPruning(bool on) { orbitPruning_ = on; }
@@ -165,7 +165,7 @@ class TrialSearch {
   double maxVolume_ = 0;
   int printThreshold_ = 0;
   std::unordered_set<std::uint64_t> seen_;
-  int threads_ = hardwareThreads();
+  WorkerPool* workers_ = nullptr;
   bool orbitPruning_ = true;
   long solved_ = 0;
   bool stopped_ = false;
