@@ -24,6 +24,15 @@ std::vector<Mat3> enumerateUnimodular() {
       for (int j = 0; j < 3; ++j, c /= 3) t(i, j) = c % 3 - 1;
     if (std::abs(std::abs(determinant(t)) - 1.0) < 0.5) result.push_back(t);
   }
+  // Fewest non-zero entries first: two reduced cells of one lattice are mostly the same basis
+  // already (the identity), or the same vectors in another order or sign.
+  auto nonZero = [](const Mat3& t) {
+    int n = 0;
+    for (int i = 0; i < 3; ++i)
+      for (int j = 0; j < 3; ++j) n += t(i, j) != 0.0;
+    return n;
+  };
+  std::stable_sort(result.begin(), result.end(), [&](const Mat3& x, const Mat3& y) { return nonZero(x) < nonZero(y); });
   return result;
 }
 
@@ -78,11 +87,6 @@ bool sameReducedLattice(const Mat3& g1, const Mat3& g2, double tolerance) {
   const double edgeMargin = 4.0 * tolerance * std::max(frobenius(g1), frobenius(g2));
   for (std::size_t i = 0; i < 3; ++i)
     if (std::abs(d1[i] - d2[i]) > edgeMargin) return false;
-  // Two reduced cells of one lattice are mostly the same basis already.
-  Mat3 same = g1;
-  for (int i = 0; i < 3; ++i)
-    for (int j = 0; j < 3; ++j) same(i, j) -= g2(i, j);
-  if (frobenius(same) <= limit) return true;
   for (const Mat3& t : smallUnimodularMatrices()) {
     Mat3 d = transpose(t) * g1 * t;
     for (int i = 0; i < 3; ++i)

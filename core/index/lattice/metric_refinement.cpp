@@ -110,10 +110,6 @@ void directSigmas(MetricRefinement& r, CrystalSystem system, const std::vector<d
   r.volumeSigma = sigma[6];
 }
 
-}  // namespace
-
-namespace {
-
 // Where the cycles of a refinement stand: the cell, the zero and the last solve.
 struct RefinementState {
   ReciprocalMetric metric;

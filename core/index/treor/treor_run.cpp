@@ -436,6 +436,9 @@ class TreorRunner {
     std::vector<std::vector<int>> axisSets{{0}, {1}, {2}};
     if (system == CrystalSystem::Cubic) axisSets = {{0, 1, 2}};
     if (system == CrystalSystem::Tetragonal || system == CrystalSystem::Hexagonal) axisSets = {{0, 1}, {2}};
+    // The lines corrected by the current cell's zero, worked out again only when the cell changes.
+    int allowed = std::max(current.result.figure.unindexed, k_.nix);
+    std::vector<double> q = firstLinesCorrected(current.result.refinement.zero);
     for (bool improved = true; improved;) {
       improved = false;
       for (const auto& axes : axisSets) {
@@ -444,14 +447,14 @@ class TreorRunner {
         // The halved cell keeps the lines of even index along the axis at the same places; when
         // the others leave too many lines unindexed, refining it cannot pay. (One line more is
         // allowed: the refinement moves the lines a little.)
-        const int allowed = std::max(current.result.figure.unindexed, k_.nix);
-        if (!indexesFirstLines(m, firstLinesCorrected(current.result.refinement.zero), allowed + 1)) continue;
+        if (!indexesFirstLines(m, q, allowed + 1)) continue;
         RefinedTrial halved = refineTrial(lines_, system, m);
-        if (!halved.solved || halved.figure.unindexed > std::max(current.result.figure.unindexed, k_.nix) ||
-            halved.figure.m < 1.5 * current.result.figure.m)
+        if (!halved.solved || halved.figure.unindexed > allowed || halved.figure.m < 1.5 * current.result.figure.m)
           continue;
         current = {system, m, halved};
         improved = true;
+        allowed = std::max(current.result.figure.unindexed, k_.nix);
+        q = firstLinesCorrected(current.result.refinement.zero);
       }
     }
     if (current.result.figure.unindexed > k_.nix) return current;
@@ -768,9 +771,9 @@ class TreorRunner {
     // wrong. One early miss may be an impurity (as line 2 it would otherwise end the test): the
     // zone must then index a longer run of lines before its next miss.
     const int leading = static_cast<int>(unknown.size()) + 1;
-    const bool indexesFirstLines = missing.front() >= leading;
+    const bool leadingLinesIndexed = missing.front() >= leading;
     const bool indexesPastOneImpurity = missing.size() >= 2 && missing[1] - 1 >= leading + 1;
-    if (!indexesFirstLines && !indexesPastOneImpurity) return;
+    if (!leadingLinesIndexed && !indexesPastOneImpurity) return;
     std::vector<std::vector<std::array<int, 3>>> rows(unknown.size(), hkl);
     if (!oneUnknown) {
       search_->solveCompletions(system, zone, unknown, missing, rows, offer);

@@ -5,8 +5,8 @@
 #include <cmath>
 #include <map>
 #include <mutex>
-#include <unordered_map>
 #include <optional>
+#include <unordered_map>
 
 #include "core/common/parallel_for.h"
 #include "core/index/lattice/calculated_lines.h"
@@ -328,10 +328,6 @@ class PieceClaims {
   std::array<Shard, 16> shards_;
 };
 
-}  // namespace
-
-namespace {
-
 // A change of axes that maps the rows of a system's label table onto rows of the same table and
 // gives the same cell with its axes renamed: the squared indices permuted, and the sign of the
 // monoclinic cross term hl changed (β and 180° − β).
@@ -504,7 +500,7 @@ void TrialSearch::searchPieces(std::size_t pieces, const PieceSearch& search, co
     };
     if (tick(64)) search(piece, offer);
   };
-  if (threads > 1) {
+  if (workers_ != nullptr) {
     workers_->run(pieces, threads, body);
   } else {
     for (std::size_t piece = 0; piece < pieces; ++piece) body(piece, 0);
