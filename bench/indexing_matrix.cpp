@@ -66,19 +66,29 @@ void printSummary(const std::string& title, const std::vector<CaseResult>& resul
   fmt::print("\n{} ({} problems)\n", title, results.size());
   if (listing.each)
     for (const CaseResult& r : results)
-      fmt::print("  {:>10.1f} ms  {:<9} {}\n", 1e3 * r.seconds, r.found ? "found" : "not found", r.name);
-  fmt::print("{:<14} {:>6} {:>6} {:>9} {:>12} {:>12}\n", "system", "cases", "found", "success", "median (ms)", "worst (ms)");
-  int cases = 0, found = 0;
+      fmt::print("  {:>10.1f} ms  {:<9} {}{}\n", 1e3 * r.seconds, r.found ? "found" : "not found", r.name,
+                 r.determinable ? "" : " (not determinable)");
+  // "determinable": the cases whose lines fix the known cell (refined from itself it is found);
+  // the last column is the success rate among those.
+  fmt::print("{:<14} {:>6} {:>6} {:>9} {:>12} {:>12} {:>7} {:>9}\n", "system", "cases", "found", "success",
+             "median (ms)", "worst (ms)", "determ.", "of those");
+  int cases = 0, found = 0, determinable = 0, foundDeterminable = 0;
+  const auto rate = [](int n, int of) { return of > 0 ? 100.0 * n / of : 0.0; };
   for (const SystemSummary& s : summariseBySystem(results)) {
-    fmt::print("{:<14} {:>6} {:>6} {:>8.1f}% {:>12.3f} {:>12.3f}\n", crystalSystemName(s.system), s.cases, s.found,
-               100.0 * s.found / s.cases, 1e3 * s.medianSeconds, 1e3 * s.worstSeconds);
+    fmt::print("{:<14} {:>6} {:>6} {:>8.1f}% {:>12.3f} {:>12.3f} {:>7} {:>8.1f}%\n", crystalSystemName(s.system), s.cases,
+               s.found, rate(s.found, s.cases), 1e3 * s.medianSeconds, 1e3 * s.worstSeconds, s.determinable,
+               rate(s.foundDeterminable, s.determinable));
     cases += s.cases;
     found += s.found;
+    determinable += s.determinable;
+    foundDeterminable += s.foundDeterminable;
   }
-  if (cases > 0) fmt::print("{:<14} {:>6} {:>6} {:>8.1f}%\n", "all", cases, found, 100.0 * found / cases);
+  if (cases > 0)
+    fmt::print("{:<14} {:>6} {:>6} {:>8.1f}% {:>25} {:>7} {:>8.1f}%\n", "all", cases, found, rate(found, cases), "",
+               determinable, rate(foundDeterminable, determinable));
   if (listing.failures)
     for (const CaseResult& r : results)
-      if (!r.found) fmt::print("  not found: {}\n", r.name);
+      if (!r.found) fmt::print("  not found: {}{}\n", r.name, r.determinable ? "" : " (not determinable)");
 }
 
 void keepMatching(std::vector<IndexingCase>& cases, const std::string& filter) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "core/index/benchmark/indexing_matrix.h"
+#include "core/index/lattice/synthetic_lines.h"
 #include "tests/support/test_support.h"
 
 namespace quarvel {
@@ -30,12 +31,38 @@ TEST(LatticeIndexingMatrix, SyntheticProblemsAreWellFormedAndTheReferenceFindsTh
   EXPECT_FALSE(knownCellFound(c, {{doubled, c.centring, 50}}));
   EXPECT_FALSE(knownCellFound(c, {{doubled, c.centring, 50}, {c.knownCell, c.centring, 40}}, 1));
 
-  const auto summary = summariseBySystem({{"a", CrystalSystem::Cubic, true, 0.3}, {"b", CrystalSystem::Cubic, false, 0.1},
-                                          {"c", CrystalSystem::Cubic, true, 0.2}});
+  const auto summary = summariseBySystem({{"a", CrystalSystem::Cubic, true, 0.3},
+                                          {"b", CrystalSystem::Cubic, false, 0.1, false},
+                                          {"c", CrystalSystem::Cubic, true, 0.2},
+                                          {"d", CrystalSystem::Cubic, false, 0.2}});
   ASSERT_EQ(summary.size(), 1u);
   EXPECT_EQ(summary[0].found, 2);
+  EXPECT_EQ(summary[0].determinable, 3);
+  EXPECT_EQ(summary[0].foundDeterminable, 2);
   EXPECT_DOUBLE_EQ(summary[0].medianSeconds, 0.2);
   EXPECT_DOUBLE_EQ(summary[0].worstSeconds, 0.3);
+}
+
+TEST(LatticeIndexingMatrix, CellsWhoseLinesLeaveAnAxisFreeAreNotDeterminable) {
+  // Below 2θ 40° no line of this cell has h ≠ 0 (a = 2.2 Å puts 100 at 41°): the lines say
+  // nothing about a, and no engine can be blamed for missing the cell.
+  IndexingCase hidden;
+  hidden.name = "oP hidden a";
+  hidden.system = CrystalSystem::Orthorhombic;
+  hidden.knownCell = {2.2, 9.0, 11.0, 90, 90, 90};
+  SyntheticLineOptions lines;
+  lines.maxTwoTheta = 40.0;
+  hidden.twoTheta = syntheticLines(hidden.knownCell, Centring::P, lines);
+  IndexingCase seen = hidden;
+  seen.name = "oP all axes";
+  lines.maxTwoTheta = 60.0;
+  seen.twoTheta = syntheticLines(seen.knownCell, Centring::P, lines);
+
+  const auto results = runIndexingMatrix([](const IndexingCase&) { return std::vector<CandidateCell>{}; }, {hidden, seen});
+  ASSERT_EQ(results.size(), 2u);
+  EXPECT_FALSE(results[0].determinable);
+  EXPECT_TRUE(results[1].determinable);
+  EXPECT_FALSE(results[1].found);
 }
 
 TEST(LatticeIndexingMatrix, CaseFileErrorsNameTheFileAndLine) {

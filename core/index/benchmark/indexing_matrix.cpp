@@ -113,7 +113,7 @@ std::vector<CaseResult> runIndexingMatrix(const IndexingEngine& engine, const st
     const auto candidates = engine(c);
     const auto stop = std::chrono::steady_clock::now();
     results.push_back({c.name, c.system, knownCellFound(c, candidates, top),
-                       std::chrono::duration<double>(stop - start).count()});
+                       std::chrono::duration<double>(stop - start).count(), knownCellFound(c, refineKnownCell(c), 1)});
   }
   return results;
 }
@@ -128,6 +128,8 @@ std::vector<SystemSummary> summariseBySystem(const std::vector<CaseResult>& resu
       if (r.system != system) continue;
       ++s.cases;
       s.found += r.found;
+      s.determinable += r.determinable;
+      s.foundDeterminable += r.found && r.determinable;
       times.push_back(r.seconds);
     }
     if (times.empty()) continue;
