@@ -188,6 +188,21 @@ TEST(TreorEngine, SearchGoesOnAfterAWrongCellJustAboveTwiceMerit) {
   EXPECT_TRUE(knownCellFound(c, indexWithTreor(c), 4));
 }
 
+// Wrong cells of a higher system that reach 2.5 times MERIT on the first 20 lines must not end
+// the search when they miss lines beyond them or, for a cubic cell, predict far more lines than
+// seen: a large cubic cell indexes a tetragonal cell with c/a near √21; a wrong cell of this
+// C-centred monoclinic pattern misses lines past the 20th.
+TEST(TreorEngine, ConvincingWrongCellsOfHigherSystemsDoNotEndTheSearch) {
+  const SyntheticCell tetragonal{"tP, c/a near √21", CrystalSystem::Tetragonal, {2.61, 2.61, 11.966, 90, 90, 90},
+                                 Centring::P};
+  for (const IndexingCase& c : {syntheticCase(tetragonal),
+                                benchmarkProblem(2, "mC λ1.5406 σ0.00 z0.05", {0.0, 0.01, 0.02}, {0.0, 0.05})}) {
+    ASSERT_FALSE(c.twoTheta.empty());
+    const TreorResult result = runTreor(treorInputFor(c), nullptr);
+    EXPECT_TRUE(knownCellFound(c, acceptedCandidates(result), 4)) << c.name << "\n" << reportText(result);
+  }
+}
+
 // A zero error of 0.05° is a relative error of up to 1 % in q at the base lines; the stages try
 // corrected lines and the least squares refine the zero, which the report prints under the cell.
 TEST(TreorEngine, ZeroErrorOfTheLinesIsCorrectedAndReported) {

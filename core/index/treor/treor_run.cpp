@@ -103,13 +103,13 @@ class TreorRunner {
     // Tetragonal and hexagonal lattices have the same two parameters: a tetragonal cell does not
     // make the hexagonal test redundant (a large tetragonal cell can index a small hexagonal
     // cell's lines convincingly), so KS is asked only after both.
-    if (!stop(k_.ks)) {
+    if (!stop(k_.ks, sparseCubicMerit_)) {
       runStage("TETRAGONAL", 0.01, 0.02, [this] { twoParameter(CrystalSystem::Tetragonal, "TETRAGONAL"); });
       runStage("HEXAGONAL", 0.02, 0.03, [this] { twoParameter(CrystalSystem::Hexagonal, "HEXAGONAL"); });
     }
-    if (!stop(k_.ks)) runStage("ORTHORHOMBIC", 0.03, 0.1, [this] { orthorhombic(); });
-    if (allSystems && !stop(k_.ks)) runStage("MONOCLINIC", 0.1, 0.4, [this] { monoclinic(); });
-    if (allSystems && !stop(k_.ths)) runStage("TRICLINIC", 0.4, 1.0, [this] { triclinic(); });
+    if (!stop(k_.ks, convincingMerit_)) runStage("ORTHORHOMBIC", 0.03, 0.1, [this] { orthorhombic(); });
+    if (allSystems && !stop(k_.ks, convincingMerit_)) runStage("MONOCLINIC", 0.1, 0.4, [this] { monoclinic(); });
+    if (allSystems && !stop(k_.ths, convincingMerit_)) runStage("TRICLINIC", 0.4, 1.0, [this] { triclinic(); });
     result_.interrupted = search.stopped();
     if (result_.interrupted) out(" CALCULATIONS INTERRUPTED BY THE USER");
     summary();
@@ -125,10 +125,27 @@ class TreorRunner {
     return std::move(result_);
   }
 
-  // KS and THS end the run after a stage that accepted a convincing cell. A cell just above
-  // MERIT may be a large cell of a higher system that reaches MERIT on lines a small cell of a
-  // lower system indexes far better; the next stages then run and the ranking decides.
-  bool stop(int switchValue) const { return switchValue != 0 && bestAcceptedMerit_ >= kConvincingMerit * k_.merit; }
+  // KS and THS end the run after a stage that accepted a convincing cell (`merit`: the best M20
+  // of the cells that count as convincing). A cell just above MERIT may be a large cell of a
+  // higher system that reaches MERIT on lines a small cell of a lower system indexes far better;
+  // the next stages then run and the ranking decides.
+  bool stop(int switchValue, double merit) const { return switchValue != 0 && merit >= kConvincingMerit * k_.merit; }
+
+  // A convincing cell also indexes every refined line but NIX: a wrong cell of a higher system
+  // (a large orthorhombic cell of a monoclinic pattern, a hexagonal cell of a monoclinic pattern
+  // whose first lines lie in one zone) reaches M20 30-60 on the first 20 lines and then misses
+  // lines beyond them. A cubic cell must in addition not predict more than twice the lines seen:
+  // a large cubic cell indexes every line of a tetragonal cell whose c²/a² is near a whole number
+  // (c/a = √21 to 0.1 % reached M20 47 with 56 calculated lines for 20), while a true cubic
+  // lattice leaves few of its lines unseen. The two-parameter stages then take a few
+  // milliseconds more.
+  void noteConvincing(const TreorCell& stored, const RefinedTrial& refined) {
+    const int refinedLines = std::min<int>(lines_.refineLines, static_cast<int>(lines_.q.size()));
+    if (refinedLines - refined.refinement.indexedLines > k_.nix) return;
+    convincingMerit_ = std::max(convincingMerit_, stored.m20);
+    if (stored.system == CrystalSystem::Cubic && refined.figure.calculated <= 2 * refined.figure.lines)
+      sparseCubicMerit_ = std::max(sparseCubicMerit_, stored.m20);
+  }
 
   void header() {
     out(" ");
@@ -562,7 +579,7 @@ class TreorRunner {
     if (stored.accepted) {
       accept(best.system, metric, stored);
       noteAcceptedZero(stored);
-      bestAcceptedMerit_ = std::max(bestAcceptedMerit_, stored.m20);
+      noteConvincing(stored, refined);
       stored.metricSystem = latticeSymmetry(stored.cell, Centring::P).system;
       // The cycles of the acceptance can settle on a lattice accepted before (trials of several
       // lattices that meet in one well-fitting cell); listed again it would crowd out the others.
@@ -1041,7 +1058,8 @@ class TreorRunner {
   std::string stageName_;
   double stageFrom_ = 0, stageTo_ = 0;  // progress at the start and the end of the stage
   int refinedInPass_ = 0, passesInStage_ = 0, accepted_ = 0;
-  double bestAcceptedMerit_ = 0;
+  double convincingMerit_ = 0;   // the best M20 of the convincing cells
+  double sparseCubicMerit_ = 0;  // the same of the cubic ones that leave few lines unseen
   std::vector<double> stageAcceptedZeros_;  // refined zeros of the cells accepted in this stage
   int passIndex_ = 0;                       // the zero correction the stage is at
   std::map<std::string, int> familyCounts_;
