@@ -203,6 +203,21 @@ TEST(TreorEngine, ConvincingWrongCellsOfHigherSystemsDoNotEndTheSearch) {
   }
 }
 
+// Small C-centred monoclinic cells whose first lines are 00l and the hhl zone: no line telling
+// a from b comes before line 9, so neither the base-line sets nor the h0l zone fix them; the
+// zone read as hhl and split by 020 or 200 does.
+TEST(TreorEngine, SmallCentredMonoclinicCellsFromTheirHhlZone) {
+  const SyntheticCell cells[] = {
+      {"monoclinic C, 58 Å³ primitive", CrystalSystem::Monoclinic, {3.25, 3.81, 9.42, 90, 98.5, 90}, Centring::C},
+      {"monoclinic C, 47 Å³ primitive", CrystalSystem::Monoclinic, {3.05, 3.62, 8.61, 90, 95.2, 90}, Centring::C},
+  };
+  for (const SyntheticCell& s : cells) {
+    const IndexingCase c = syntheticCase(s);
+    const TreorResult result = runTreor(treorInputFor(c), nullptr);
+    EXPECT_TRUE(knownCellFound(c, acceptedCandidates(result), 4)) << s.name << "\n" << reportText(result);
+  }
+}
+
 // A zero error of 0.05° is a relative error of up to 1 % in q at the base lines; the stages try
 // corrected lines and the least squares refine the zero, which the report prints under the cell.
 TEST(TreorEngine, ZeroErrorOfTheLinesIsCorrectedAndReported) {

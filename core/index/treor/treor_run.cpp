@@ -940,6 +940,47 @@ class TreorRunner {
       addZones(zones, CrystalSystem::Monoclinic, ReciprocalMetric{}, {0, 2, 4}, lines, rows);
     }
     completeZones(CrystalSystem::Monoclinic, zones, {1}, withK, "MONOCLINIC DOMINANT ZONE", "XYZU=");
+    completeCentredZones(zones);
+  }
+
+  // A small C-centred cell puts its first lines in the hhl zone (001, 110, 11l): solved as an
+  // h0l zone it gives S = A + B in place of A, and C and E as they are, while nothing tells B
+  // from A before a line with h ≠ k (020 and 200 are lines 9 to 23 of a cell of 42-60 Å³
+  // primitive). Each of the first lines the zone leaves out, taken as such a reflection (h + k
+  // even; 020 or 200), splits S: q = h²A + k²(S − A) + l²C + hlE. The zone indexes most test lines alone, so
+  // nearly any split passes them: the C lattice of a split must index every trial line but NIX.
+  void completeCentredZones(const std::vector<ReciprocalMetric>& zones) {
+    std::vector<std::array<int, 3>> split;
+    for (const auto& [h, k] : {std::pair{0, 2}, {2, 0}})
+      for (int l = -2; l <= 2; ++l) split.push_back({h, k, l});
+    search_->searchPieces(
+        zones.size(),
+        [&](std::size_t i, const TrialOffer& offer) {
+          const ReciprocalMetric& zone = zones[i];
+          const ReciprocalMetric alone = zoneOnly(zone, {1});
+          // As in completeZone: a zone that indexes the test lines alone is split by the lines
+          // it leaves out beyond them; one early miss may be an impurity.
+          const bool beyond = search_->indexedTestLines(alone, problem_.iqRequired) >= problem_.iqRequired;
+          const auto missing = search_->unindexedTestLines(alone, 3, beyond);
+          if (missing.empty() || (missing.front() < 2 && (missing.size() < 2 || missing[1] < 4))) return;
+          for (const int line : missing)
+            for (const auto& hkl : split) {
+              const double h = hkl[0], k = hkl[1], l = hkl[2];
+              const double a = (problem_.q[line] - k * k * zone.A - l * l * zone.C - h * l * zone.E) / (h * h - k * k);
+              if (a <= 0 || a >= zone.A) continue;
+              Trial trial;
+              trial.system = CrystalSystem::Monoclinic;
+              trial.metric = ReciprocalMetric{a, zone.A - a, zone.C, 0, zone.E, 0};
+              trial.parameters = parametersFromMetric(trial.system, trial.metric);
+              trial.lines = {line};
+              trial.hkl = {hkl};
+              if (!search_->admissibleKey(trial)) continue;
+              const auto unindexed = search_->unindexedTestLines(trial.metric, k_.nix + 1, true, Centring::C);
+              if (static_cast<int>(unindexed.size()) > k_.nix) continue;
+              if (!offer(trial)) return;
+            }
+        },
+        sinkFor("MONOCLINIC DOMINANT ZONE", "XYZU="));
   }
 
   // After a base-line set whose trials passed the IQ test more than kPassesBeforeLowerLimit

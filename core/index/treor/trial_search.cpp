@@ -170,11 +170,12 @@ int TrialSearch::indexedTestLines(const ReciprocalMetric& metric, int required, 
   return n - misses;
 }
 
-std::vector<int> TrialSearch::unindexedTestLines(const ReciprocalMetric& metric, int count, bool beyondTestLines) const {
+std::vector<int> TrialSearch::unindexedTestLines(const ReciprocalMetric& metric, int count, bool beyondTestLines,
+                                                 Centring centring) const {
   std::vector<int> out;
   const int n = beyondTestLines ? static_cast<int>(problem_.q.size())
                                 : std::min<int>(problem_.testLines, static_cast<int>(problem_.q.size()));
-  const NearestLineFinder lines(metric, Centring::P);
+  const NearestLineFinder lines(metric, centring);
   for (int i = 0; i < n && static_cast<int>(out.size()) < count; ++i)
     if (!lines.hasLine(problem_.q[i], windowOf(i))) out.push_back(i);
   return out;

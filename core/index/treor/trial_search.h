@@ -14,6 +14,7 @@
 
 #include "core/common/parallel_for.h"
 #include "core/index/lattice/cell_density.h"
+#include "core/index/lattice/centring.h"
 #include "core/index/lattice/crystal_system.h"
 #include "core/index/lattice/reciprocal_metric.h"
 
@@ -112,8 +113,9 @@ class TrialSearch {
   // `solved` are lines the metric was solved from.
   int indexedTestLines(const ReciprocalMetric& metric, int required, const std::vector<int>& solved = {}) const;
   // First test lines (0-based) that the metric leaves unindexed; with `beyondTestLines` the
-  // search goes on through every trial line.
-  std::vector<int> unindexedTestLines(const ReciprocalMetric& metric, int count, bool beyondTestLines = false) const;
+  // search goes on through every trial line. `centring` restricts the reflections.
+  std::vector<int> unindexedTestLines(const ReciprocalMetric& metric, int count, bool beyondTestLines = false,
+                                      Centring centring = Centring::P) const;
 
   // The trial replaced by the coarsest reciprocal sub-lattice (a direct cell finer by index 2 to
   // maxIndex, as a triclinic trial) that indexes as many test lines, when there is one: a trial
@@ -141,12 +143,14 @@ class TrialSearch {
   // (the same cells are admitted, more slowly; for tests).
   void setOrbitPruning(bool on) { orbitPruning_ = on; }
 
+  // The trial's cell within the edge, volume, β and density limits: its key (the same lattice
+  // met again has the same one); none when outside them.
+  std::optional<std::uint64_t> admissibleKey(const Trial& trial) const;
+
  private:
   // A base-line set with fewer assignments than this is searched on the calling thread alone.
   static constexpr long kTrialsWorthSharing = 20000;
 
-  // The geometric checks of a trial (edges, volume, β, density); the key of its cell when it passes.
-  std::optional<std::uint64_t> admissibleKey(const Trial& trial) const;
   // Counts the test lines the trial indexes (fills iq) and refits it; true when it passes.
   bool indexesTestLines(Trial& trial) const;
   // Every assignment of rows to the base lines, depth first; the first depths may be held to
