@@ -3,10 +3,11 @@
 // reduction) and the median and worst time.
 //
 //   indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures]
-//                   [--each] [--filter TEXT] [--seed N] [--cu] [--write-jobs DIR]
+//                   [--each] [--filter TEXT] [--seed N] [--cells N] [--cu] [--write-jobs DIR]
 //
 // --filter keeps the problems whose name contains TEXT (e.g. "mP " or "σ0.01"); --seed draws
-// other cells for the synthetic matrix (one cell per Bravais lattice and seed). --cu keeps the
+// other cells for the synthetic matrix (one cell per Bravais lattice and seed; --cells N draws N,
+// the later ones named with " #2", " #3", ...). --cu keeps the
 // synthetic problems at Cu Kα1 with one impurity and one missing line (all noise and zero
 // levels): 84 of the 1512 problems, for engines that take seconds per problem. --each prints
 // every problem with its outcome and time, to find where the time goes. --write-jobs writes each
@@ -122,7 +123,7 @@ void writeJobs(const std::vector<IndexingCase>& problems, const std::filesystem:
 int usage() {
   std::fprintf(stderr,
                "usage: indexing-matrix [--engine NAME] [--cases DIR] [--only cases|synthetic] [--top N] [--list-failures] "
-               "[--each] [--filter TEXT] [--seed N] [--cu] [--write-jobs DIR]\n");
+               "[--each] [--filter TEXT] [--seed N] [--cells N] [--cu] [--write-jobs DIR]\n");
   return 2;
 }
 
@@ -146,6 +147,7 @@ int main(int argc, char** argv) {
     else if (arg == "--write-jobs") jobsDir = value();
     else if (arg == "--filter") filter = value();
     else if (arg == "--seed") matrix.seed = static_cast<std::uint32_t>(std::atol(value().c_str()));
+    else if (arg == "--cells") matrix.cellsPerLattice = std::max(1, std::atoi(value().c_str()));
     else if (arg == "--cu") {
       matrix.wavelengths = {1.5406};
       matrix.impurities = {1};

@@ -24,6 +24,13 @@ TEST(LatticeIndexingMatrix, SyntheticProblemsAreWellFormedAndTheReferenceFindsTh
     EXPECT_TRUE(v >= 50 && v <= 3000) << v;
     EXPECT_TRUE(knownCellFound(c, refineKnownCell(c)));
   }
+  // Two cells per lattice: the first problem is the one drawn alone, then a new cell named " #2".
+  o.cellsPerLattice = 2;
+  const auto twice = syntheticMatrix(o);
+  ASSERT_EQ(twice.size(), 28u);
+  EXPECT_EQ(twice[0].twoTheta, cases[0].twoTheta);
+  EXPECT_EQ(twice[1].name, cases[0].name + " #2");
+  EXPECT_NE(twice[1].knownCell.a, cases[0].knownCell.a);
   // A wrong cell, or the right one below the top ranks, is not a success.
   const IndexingCase& c = cases.front();
   CellParameters doubled = c.knownCell;

@@ -65,34 +65,36 @@ double toleranceFor(double wavelength) { return wavelength < 1.0 ? 0.03 : 0.05; 
 std::vector<IndexingCase> syntheticMatrix(const SyntheticMatrixOptions& o) {
   std::mt19937 random(o.seed);
   std::vector<IndexingCase> cases;
-  for (const Bravais& lattice : kLattices) {
-    const CellParameters cell = drawCell(lattice, o.dMin, o.lines + 5, random);
-    for (const double lambda : o.wavelengths)
-      for (const double noise : o.noise)
-        for (const double zero : o.zero)
-          for (const int impurities : o.impurities)
-            for (const int missing : o.missing) {
-              SyntheticLineOptions s;
-              s.wavelength = lambda;
-              s.maxTwoTheta = 2.0 * std::asin(std::min(1.0, lambda / (2.0 * o.dMin))) / kDegree;
-              s.noise = noise;
-              s.zero = zero;
-              s.impurities = impurities;
-              s.drop = missing;
-              s.resolution = lambda < 1.0 ? 0.005 : 0.02;
-              s.maxLines = o.lines + missing;
-              s.seed = static_cast<std::uint32_t>(random());
-              IndexingCase c;
-              c.name = fmt::format("{} λ{:.4f} σ{:.2f} z{:.2f} imp{} miss{}", lattice.symbol, lambda, noise, zero,
-                                   impurities, missing);
-              c.wavelength = lambda;
-              c.knownCell = cell;
-              c.centring = lattice.centring;
-              c.system = lattice.system;
-              c.twoTheta = syntheticLines(cell, lattice.centring, s);
-              cases.push_back(std::move(c));
-            }
-  }
+  for (const Bravais& lattice : kLattices)
+    for (int drawn = 1; drawn <= o.cellsPerLattice; ++drawn) {
+      const CellParameters cell = drawCell(lattice, o.dMin, o.lines + 5, random);
+      for (const double lambda : o.wavelengths)
+        for (const double noise : o.noise)
+          for (const double zero : o.zero)
+            for (const int impurities : o.impurities)
+              for (const int missing : o.missing) {
+                SyntheticLineOptions s;
+                s.wavelength = lambda;
+                s.maxTwoTheta = 2.0 * std::asin(std::min(1.0, lambda / (2.0 * o.dMin))) / kDegree;
+                s.noise = noise;
+                s.zero = zero;
+                s.impurities = impurities;
+                s.drop = missing;
+                s.resolution = lambda < 1.0 ? 0.005 : 0.02;
+                s.maxLines = o.lines + missing;
+                s.seed = static_cast<std::uint32_t>(random());
+                IndexingCase c;
+                c.name = fmt::format("{} λ{:.4f} σ{:.2f} z{:.2f} imp{} miss{}", lattice.symbol, lambda, noise, zero,
+                                     impurities, missing);
+                if (drawn > 1) c.name += fmt::format(" #{}", drawn);
+                c.wavelength = lambda;
+                c.knownCell = cell;
+                c.centring = lattice.centring;
+                c.system = lattice.system;
+                c.twoTheta = syntheticLines(cell, lattice.centring, s);
+                cases.push_back(std::move(c));
+              }
+    }
   return cases;
 }
 

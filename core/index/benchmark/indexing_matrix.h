@@ -30,6 +30,7 @@ struct SyntheticMatrixOptions {
   int lines = 25;          // observed lines kept per problem
   double dMin = 1.09;      // Å: the last angle of each wavelength (90° at Cu Kα1)
   std::uint32_t seed = 2026;
+  int cellsPerLattice = 1;  // more cells per Bravais lattice for firmer rates (names get " #2", ...)
 };
 
 // One random cell per Bravais lattice (cP cI cF tP tI hP hR oP oC oI oF mP mC aP) crossed with
