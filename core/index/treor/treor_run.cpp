@@ -777,6 +777,7 @@ class TreorRunner {
   void completeZone(CrystalSystem system, const ReciprocalMetric& zone, const std::vector<int>& unknown,
                     const std::vector<std::array<int, 3>>& hkl, const TrialOffer& offer) const {
     constexpr int kLinesTriedForOneCoefficient = 3;
+    if (!withinEdgeLimit(zone, unknown)) return;
     const bool oneUnknown = unknown.size() == 1;
     const ReciprocalMetric alone = zoneOnly(zone, unknown);
     const bool beyond = oneUnknown && system != CrystalSystem::Monoclinic &&
@@ -797,6 +798,15 @@ class TreorRunner {
       return;
     }
     for (const int line : missing) search_->solveCompletions(system, zone, unknown, {line}, rows, offer);
+  }
+
+  // The zone alone (its missing axes set far) must make a cell within the edge limit: a zone
+  // solved from the orders of one line can be nearly singular, and the line tests of such a zone
+  // run through millions of indices (a minute per zone for a 2.9 × 3.3 × 24.3 Å C cell whose
+  // first ten lines are 00l).
+  bool withinEdgeLimit(const ReciprocalMetric& zone, const std::vector<int>& unknown) const {
+    const auto cell = cellFromMetric(zoneOnly(zone, unknown));
+    return cell && std::max({cell->a, cell->b, cell->c}) <= problem_.maxEdge;
   }
 
   // The zone's metric with the squared coefficients it lacks set so large that no line outside
@@ -957,6 +967,7 @@ class TreorRunner {
         zones.size(),
         [&](std::size_t i, const TrialOffer& offer) {
           const ReciprocalMetric& zone = zones[i];
+          if (!withinEdgeLimit(zone, {1})) return;
           const ReciprocalMetric alone = zoneOnly(zone, {1});
           // As in completeZone: a zone that indexes the test lines alone is split by the lines
           // it leaves out beyond them; one early miss may be an impurity.
