@@ -225,7 +225,6 @@ TEST(TreorEngine, NearlySingularZonesAreNotSearched) {
   TreorInput input = treorInputFor(syntheticCase(s, 0.0, 0.0));
   input.keywords.vol = kBenchmarkVolumeLimit;
   const TreorResult result = runTreor(input, nullptr);
-  EXPECT_FALSE(result.interrupted);
   EXPECT_NE(std::find(result.report.begin(), result.report.end(), " ** MONOCLINIC TEST"), result.report.end());
 }
 

@@ -777,27 +777,36 @@ class TreorRunner {
   void completeZone(CrystalSystem system, const ReciprocalMetric& zone, const std::vector<int>& unknown,
                     const std::vector<std::array<int, 3>>& hkl, const TrialOffer& offer) const {
     constexpr int kLinesTriedForOneCoefficient = 3;
-    if (!withinEdgeLimit(zone, unknown)) return;
     const bool oneUnknown = unknown.size() == 1;
-    const ReciprocalMetric alone = zoneOnly(zone, unknown);
-    const bool beyond = oneUnknown && system != CrystalSystem::Monoclinic &&
-                        search_->indexedTestLines(alone, problem_.iqRequired) >= problem_.iqRequired;
     const int wanted = oneUnknown ? kLinesTriedForOneCoefficient : static_cast<int>(unknown.size());
-    const auto missing = search_->unindexedTestLines(alone, wanted, beyond);
-    if (missing.size() < unknown.size()) return;
-    // Zone trials are admitted before they are complete; too few indexed lines means the zone is
-    // wrong. One early miss may be an impurity (as line 2 it would otherwise end the test): the
-    // zone must then index a longer run of lines before its next miss.
-    const int leading = static_cast<int>(unknown.size()) + 1;
-    const bool leadingLinesIndexed = missing.front() >= leading;
-    const bool indexesPastOneImpurity = missing.size() >= 2 && missing[1] - 1 >= leading + 1;
-    if (!leadingLinesIndexed && !indexesPastOneImpurity) return;
+    const auto missing = linesZoneLeavesOut(zone, unknown, wanted, oneUnknown && system != CrystalSystem::Monoclinic);
+    if (missing.empty()) return;
     std::vector<std::vector<std::array<int, 3>>> rows(unknown.size(), hkl);
     if (!oneUnknown) {
       search_->solveCompletions(system, zone, unknown, missing, rows, offer);
       return;
     }
     for (const int line : missing) search_->solveCompletions(system, zone, unknown, {line}, rows, offer);
+  }
+
+  // The first `wanted` test lines the zone leaves unindexed, or none when the zone is no trial:
+  // outside the edge limit, or leaving out too many of the first lines. With `lookBeyond`, a zone
+  // that indexes IQ test lines alone is followed past the test lines. Zone trials are admitted
+  // before they are complete; too few indexed lines means the zone is wrong. One early miss may
+  // be an impurity (as line 2 it would otherwise end the test): the zone must then index a longer
+  // run of lines before its next miss.
+  std::vector<int> linesZoneLeavesOut(const ReciprocalMetric& zone, const std::vector<int>& unknown, int wanted,
+                                      bool lookBeyond) const {
+    if (!withinEdgeLimit(zone, unknown)) return {};
+    const ReciprocalMetric alone = zoneOnly(zone, unknown);
+    const bool beyond = lookBeyond && search_->indexedTestLines(alone, problem_.iqRequired) >= problem_.iqRequired;
+    auto missing = search_->unindexedTestLines(alone, wanted, beyond);
+    if (missing.size() < unknown.size()) return {};
+    const int leading = static_cast<int>(unknown.size()) + 1;
+    const bool leadingLinesIndexed = missing.front() >= leading;
+    const bool indexesPastOneImpurity = missing.size() >= 2 && missing[1] - 1 >= leading + 1;
+    if (!leadingLinesIndexed && !indexesPastOneImpurity) return {};
+    return missing;
   }
 
   // The zone alone (its missing axes set far) must make a cell within the edge limit: a zone
@@ -956,9 +965,10 @@ class TreorRunner {
   // A small C-centred cell puts its first lines in the hhl zone (001, 110, 11l): solved as an
   // h0l zone it gives S = A + B in place of A, and C and E as they are, while nothing tells B
   // from A before a line with h ≠ k (020 and 200 are lines 9 to 23 of a cell of 42-60 Å³
-  // primitive). Each of the first lines the zone leaves out, taken as such a reflection (h + k
-  // even; 020 or 200), splits S: q = h²A + k²(S − A) + l²C + hlE. The zone indexes most test lines alone, so
-  // nearly any split passes them: the C lattice of a split must index every trial line but NIX.
+  // primitive). Each of the first lines the zone leaves out (past the test lines when it indexes
+  // them alone), taken as 0kl or h0l with k, h = 2, splits S: q = h²A + k²(S − A) + l²C + hlE.
+  // The zone indexes most test lines alone, so nearly any split passes them: the C lattice of a
+  // split must index every trial line but NIX.
   void completeCentredZones(const std::vector<ReciprocalMetric>& zones) {
     std::vector<std::array<int, 3>> split;
     for (const auto& [h, k] : {std::pair{0, 2}, {2, 0}})
@@ -967,13 +977,7 @@ class TreorRunner {
         zones.size(),
         [&](std::size_t i, const TrialOffer& offer) {
           const ReciprocalMetric& zone = zones[i];
-          if (!withinEdgeLimit(zone, {1})) return;
-          const ReciprocalMetric alone = zoneOnly(zone, {1});
-          // As in completeZone: a zone that indexes the test lines alone is split by the lines
-          // it leaves out beyond them; one early miss may be an impurity.
-          const bool beyond = search_->indexedTestLines(alone, problem_.iqRequired) >= problem_.iqRequired;
-          const auto missing = search_->unindexedTestLines(alone, 3, beyond);
-          if (missing.empty() || (missing.front() < 2 && (missing.size() < 2 || missing[1] < 4))) return;
+          const auto missing = linesZoneLeavesOut(zone, {1}, 3, true);
           for (const int line : missing)
             for (const auto& hkl : split) {
               const double h = hkl[0], k = hkl[1], l = hkl[2];
