@@ -111,9 +111,10 @@ TEST(TreorEngine, MonoclinicCellBehindAnOrthorhombicSuperCell) {
 // A problem of the benchmark's Cu Kα set (one impurity, one line missing) drawn among the given
 // noise and zero levels, by the start of its name.
 IndexingCase benchmarkProblem(std::uint32_t seed, const std::string& name, std::vector<double> noise,
-                              std::vector<double> zero) {
+                              std::vector<double> zero, int cellsPerLattice = 1) {
   SyntheticMatrixOptions o;
   o.seed = seed;
+  o.cellsPerLattice = cellsPerLattice;
   o.wavelengths = {1.5406};
   o.noise = std::move(noise);
   o.zero = std::move(zero);
@@ -202,6 +203,22 @@ TEST(TreorEngine, ConvincingWrongCellsOfHigherSystemsDoNotEndTheSearch) {
                                 benchmarkProblem(2, "mC λ1.5406 σ0.00 z0.05", {0.0, 0.01, 0.02}, {0.0, 0.05})}) {
     ASSERT_FALSE(c.twoTheta.empty());
     expectCellFound(c);
+  }
+}
+
+// A long b axis with short a and c (2.75 × 19.13 × 4.17 Å): the first lines are 0k0 and 0k1,
+// and 100 and 10-1 come after the fifteenth line. The (020) search must read h0l values past the
+// orders of b and the series 0k1, and keep the lines they came from for the fit; the finer lattice
+// of its super-cells is then judged with monoclinic constraints. (Before: an orthorhombic
+// 7.95 × 19.12 × 2.62 Å cell at M20 28.) The other pattern (2.66 × 12.26 × 2.89 Å): a tetragonal
+// cell of 24 times its volume indexed every line among five times as many calculated ones and
+// ended the search before the lower systems.
+TEST(TreorEngine, LongBAxisWithShortAAndC) {
+  const std::vector<double> noise{0.0, 0.01, 0.02}, zero{0.0, 0.05};
+  for (const IndexingCase& c : {benchmarkProblem(8, "mP λ1.5406 σ0.00 z0.00 imp1 miss1 #2", noise, zero, 2),
+                                benchmarkProblem(8, "mP λ1.5406 σ0.00 z0.05", noise, zero, 2)}) {
+    ASSERT_FALSE(c.twoTheta.empty());
+    EXPECT_TRUE(knownCellFound(c, indexWithTreor(c), 4)) << c.name;
   }
 }
 

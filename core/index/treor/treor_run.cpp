@@ -37,6 +37,7 @@ using BaseSets = std::vector<std::vector<int>>;
 
 // The (020) search solves the h0l zone from triples among the smallest zone values.
 constexpr std::size_t kZoneValues = 5;
+constexpr int kZoneValueLines = 16;  // the first lines the (020)-search reads h0l values from
 const BaseSets kZoneTriples{{0, 1, 2}, {0, 1, 3}, {0, 2, 3}, {1, 2, 3}, {0, 1, 4},
                             {0, 2, 4}, {1, 2, 4}, {0, 3, 4}, {1, 3, 4}, {2, 3, 4}};
 
@@ -73,6 +74,7 @@ constexpr double kZeroSettled = 0.025;
 // MERIT a wrong monoclinic cell at M20 25 of an F-centred orthorhombic pattern ended the run
 // before the triclinic stage, whose reduced cells reach the F cell's primitive lattice.
 constexpr double kConvincingMerit = 2.5;
+constexpr int kConvincingLinesFactor = 3;
 // Angular error (degrees 2θ) of the lines that the trial windows allow for at the default D1.
 constexpr double kTrialAngularError = 0.02;
 
@@ -118,6 +120,11 @@ class TreorRunner {
   }
 
  private:
+  struct PendingTrial {
+    Trial trial;
+    std::string family;
+  };
+
   void out(std::string line) { result_.report.push_back(std::move(line)); }
 
   TreorResult finish() {
@@ -138,10 +145,13 @@ class TreorRunner {
   // a large cubic cell indexes every line of a tetragonal cell whose c²/a² is near a whole number
   // (c/a = √21 to 0.1 % reached M20 47 with 56 calculated lines for 20), while a true cubic
   // lattice leaves few of its lines unseen. The two-parameter stages then take a few
-  // milliseconds more.
+  // milliseconds more. No cell is convincing with more than three calculated lines per line
+  // seen: a tetragonal cell 24 times the volume of a 2.66 × 12.26 × 2.89 Å monoclinic cell
+  // indexed all its lines (M20 33) among five times as many calculated ones.
   void noteConvincing(const TreorCell& stored, const RefinedTrial& refined) {
     const int refinedLines = std::min<int>(lines_.refineLines, static_cast<int>(lines_.q.size()));
     if (refinedLines - refined.refinement.indexedLines > k_.nix) return;
+    if (refined.figure.calculated > kConvincingLinesFactor * refined.figure.lines) return;
     convincingMerit_ = std::max(convincingMerit_, stored.m20);
     if (stored.system == CrystalSystem::Cubic && refined.figure.calculated <= 2 * refined.figure.lines)
       sparseCubicMerit_ = std::max(sparseCubicMerit_, stored.m20);
@@ -419,7 +429,7 @@ class TreorRunner {
       if (!search_->keepGoing()) break;
       const std::size_t batch = std::min(pending_.size() - first, threads);
       std::vector<Refined> refined(batch);
-      pool_.run(batch, pool_.threads(), [&](std::size_t i, int) { refined[i] = refineCandidate(pending_[first + i].trial); });
+      pool_.run(batch, pool_.threads(), [&](std::size_t i, int) { refined[i] = refineCandidate(pending_[first + i]); });
       for (std::size_t i = 0; i < batch; ++i) {
         const PendingTrial& p = pending_[first + i];
         const bool lowSymmetry = p.trial.system == CrystalSystem::Monoclinic || p.trial.system == CrystalSystem::Triclinic;
@@ -511,13 +521,31 @@ class TreorRunner {
       for (const Mat3& h : hermiteNormalForms(n)) {
         const ReciprocalMetric m = ReciprocalMetric::fromTensor(transpose(h) * g * h);
         if (!indexesFirstLines(m, q, allowed)) continue;
-        RefinedTrial sub = refineTrial(lines_, CrystalSystem::Triclinic, m);
-        if (!sub.solved || sub.figure.unindexed > std::max(current.result.figure.unindexed, k_.nix) ||
-            sub.figure.m < 1.5 * best.result.figure.m)
+        Refined sub{CrystalSystem::Triclinic, m, refineTrial(lines_, CrystalSystem::Triclinic, m)};
+        if (!sub.result.solved) continue;
+        if (current.system == CrystalSystem::Monoclinic) sub = withMonoclinicConstraints(sub);
+        if (sub.result.figure.unindexed > std::max(current.result.figure.unindexed, k_.nix) ||
+            sub.result.figure.m < 1.5 * best.result.figure.m)
           continue;
-        best = {CrystalSystem::Triclinic, m, sub};
+        best = sub;
       }
     return best;
+  }
+
+  // A finer lattice of a monoclinic trial is refined without constraints. When its metric is
+  // monoclinic, the lines the near-monoclinic triclinic cell splits count twice among the
+  // calculated lines and halve its M20 (a 2.75 × 19.13 × 4.17 Å cell reached 660 where monoclinic
+  // super-cells of twice its volume reached 1054, and it ranked eighth); it is refined again as
+  // the monoclinic cell its metric makes.
+  Refined withMonoclinicConstraints(const Refined& finer) const {
+    const auto cell = cellFromMetric(finer.result.refinement.metric);
+    if (!cell) return finer;
+    const LatticeSymmetry symmetry = latticeSymmetry(*cell, Centring::P);
+    if (symmetry.system != CrystalSystem::Monoclinic || symmetry.centring != Centring::P) return finer;
+    const ReciprocalMetric start = metricFromCell(symmetry.conventional);
+    const RefinedTrial refined = refineTrial(lines_, CrystalSystem::Monoclinic, start);
+    if (!refined.solved || refined.figure.unindexed > finer.result.figure.unindexed) return finer;
+    return {CrystalSystem::Monoclinic, start, refined};
   }
 
   // The first 20 lines with a zero taken off their angles.
@@ -546,9 +574,15 @@ class TreorRunner {
     }
   }
 
-  Refined refineCandidate(const Trial& trial) const {
+  // A trial of the monoclinic stage may have been replaced by its finer lattice, a triclinic
+  // trial; its refined cell is taken back to monoclinic constraints where its metric allows.
+  Refined refineCandidate(const PendingTrial& pending) const {
+    const Trial& trial = pending.trial;
     Refined best{trial.system, trial.metric, refineTrial(lines_, trial.system, trial.metric)};
-    if (best.result.solved) best = smallestCell(trial.system, best);
+    if (!best.result.solved) return best;
+    if (best.system == CrystalSystem::Triclinic && pending.family.starts_with("MONOCLINIC"))
+      best = withMonoclinicConstraints(best);
+    return smallestCell(best.system, best);
     return best;
   }
 
@@ -879,7 +913,7 @@ class TreorRunner {
   // Once b* is known every line splits into an h0l part and k²B; the h0l zone is then solved
   // from the smallest reduced values.
   void monoclinic020() {
-    const int n = std::min<int>(12, static_cast<int>(problem_.q.size()));
+    const int n = std::min<int>(kZoneValueLines, static_cast<int>(problem_.q.size()));
     std::vector<std::array<int, 3>> zoneHkl;
     for (int h = 0; h <= 3; ++h)
       for (int l = -3; l <= 3; ++l)
@@ -891,15 +925,19 @@ class TreorRunner {
       const int b = static_cast<int>(piece) / 2, k0 = static_cast<int>(piece) % 2 + 1;
       const double B = problem_.q[base_[b]] / (k0 * k0);
       if (!supportsB(B)) return;
-      const std::vector<double> reduced = zoneValues(B, n);
+      const std::vector<ZoneValue> reduced = zoneValues(B, n);
       if (reduced.size() < 3) return;
       ReciprocalMetric known;
       known.B = B;
       for (const auto& triple : kZoneTriples) {
         if (triple.back() >= static_cast<int>(reduced.size())) continue;
         std::vector<double> values;
-        for (int t : triple) values.push_back(reduced[t]);
-        search_->solveCompletions(CrystalSystem::Monoclinic, known, {0, 2, 4}, {-1, -1, -1}, rows, offer, &values);
+        std::vector<int> lines;
+        for (int t : triple) {
+          values.push_back(reduced[t].q);
+          lines.push_back(reduced[t].line);
+        }
+        search_->solveCompletions(CrystalSystem::Monoclinic, known, {0, 2, 4}, lines, rows, offer, &values);
       }
     };
     search_->searchPieces(static_cast<std::size_t>(2 * std::max(bases, 0)), search, sinkFor("MONOCLINIC (020)", "XYZU="));
@@ -916,24 +954,44 @@ class TreorRunner {
     return pairs >= 2;
   }
 
+  // A candidate h0l value and the first line that gave it. The line goes with the trial: the fit
+  // on the test lines needs it when it lies beyond them (a short a and c put 100 and 10-1 past
+  // the first fifteen lines of a long b axis, and the angle term would be left unfixed).
+  struct ZoneValue {
+    double q = 0;
+    int line = 0;
+  };
+
   // Candidate h0l values once B is known: the first lines themselves, and q − k²B where another
   // line confirms it. A difference that no other line repeats is mostly a line of another k
   // minus the wrong multiple of B, and would crowd the few smallest values the zone is solved from.
-  std::vector<double> zoneValues(double B, int n) const {
-    std::vector<double> candidates;
+  // So would the orders 0k0 of B itself and the lines of a series h0l + k²B already taken: a long
+  // b axis puts four or five such lines first, which left no room for the zone's own values.
+  std::vector<ZoneValue> zoneValues(double B, int n) const {
+    const double tolerance = problem_.tolerance;
+    auto isOrderOfB = [&](double r) {
+      const double k = std::round(std::sqrt(r / B));
+      return k >= 1 && std::abs(r - k * k * B) <= tolerance;
+    };
+    std::vector<ZoneValue> candidates;
     for (int j = 0; j < n; ++j)
       for (int kk = 0; kk <= 2; ++kk) {
         const double r = problem_.q[j] - kk * kk * B;
-        if (r > problem_.tolerance && std::abs(r - B) > problem_.tolerance) candidates.push_back(r);
+        if (r > tolerance && !isOrderOfB(r)) candidates.push_back({r, j});
       }
-    std::sort(candidates.begin(), candidates.end());
-    std::vector<double> values;
+    std::sort(candidates.begin(), candidates.end(), [](const ZoneValue& x, const ZoneValue& y) { return x.q < y.q; });
+    std::vector<ZoneValue> values;
     for (std::size_t i = 0; i < candidates.size();) {
+      const double value = candidates[i].q;
+      int line = candidates[i].line;
       std::size_t end = i + 1;
-      while (end < candidates.size() && candidates[end] - candidates[i] < problem_.tolerance) ++end;
+      for (; end < candidates.size() && candidates[end].q - value < tolerance; ++end)
+        line = std::min(line, candidates[end].line);
       const bool observed = std::any_of(problem_.q.begin(), problem_.q.begin() + n,
-                                        [&](double q) { return std::abs(q - candidates[i]) < problem_.tolerance; });
-      if (observed || end - i >= 2) values.push_back(candidates[i]);
+                                        [&](double q) { return std::abs(q - value) < tolerance; });
+      const bool laterInSeries = std::any_of(values.begin(), values.end(),
+                                             [&](const ZoneValue& v) { return isOrderOfB(value - v.q); });
+      if ((observed || end - i >= 2) && !laterInSeries) values.push_back({value, line});
       i = end;
     }
     if (values.size() > kZoneValues) values.resize(kZoneValues);
@@ -1126,10 +1184,6 @@ class TreorRunner {
   std::vector<double> stageAcceptedZeros_;  // refined zeros of the cells accepted in this stage
   int passIndex_ = 0;                       // the zero correction the stage is at
   std::map<std::string, int> familyCounts_;
-  struct PendingTrial {
-    Trial trial;
-    std::string family;
-  };
   std::vector<PendingTrial> pending_;  // trials of the current pass waiting for refinement
   std::vector<Mat3> reducedCells_;     // the reduced metric of each of result_.cells
   std::vector<double> scratch_;
