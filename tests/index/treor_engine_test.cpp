@@ -222,6 +222,15 @@ TEST(TreorEngine, LongBAxisWithShortAAndC) {
   }
 }
 
+// Two long axes and a short one (16.5 × 19.6 × 4.69 Å, β 116°): the first twenty lines lie almost
+// all in the rectangular hk0 zone, which orthorhombic cells of the zone index as well. The third
+// axis and its angle come from two lines the zone leaves out, past the test lines.
+TEST(TreorEngine, ShortAxisAndItsAngleFromTheRectangularZone) {
+  const IndexingCase c = benchmarkProblem(10, "mP λ1.5406 σ0.01 z0.00 imp1 miss1 #2", {0.0, 0.01, 0.02}, {0.0, 0.05}, 2);
+  ASSERT_FALSE(c.twoTheta.empty());
+  EXPECT_TRUE(knownCellFound(c, indexWithTreor(c), 4)) << c.name;
+}
+
 // Small C-centred monoclinic cells whose first lines are 00l and the hhl zone: no line telling
 // a from b comes before line 9, so neither the base-line sets nor the h0l zone fix them; the
 // zone read as hhl and split by 020 or 200 does.

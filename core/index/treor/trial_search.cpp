@@ -181,6 +181,14 @@ std::vector<int> TrialSearch::unindexedTestLines(const ReciprocalMetric& metric,
   return out;
 }
 
+bool TrialSearch::indexesLines(const ReciprocalMetric& metric, const std::vector<int>& lines, int allowedMisses) const {
+  const NearestLineFinder calculated(metric, Centring::P);
+  int misses = 0;
+  for (const int i : lines)
+    if (!calculated.hasLine(problem_.q[i], windowOf(i)) && ++misses > allowedMisses) return false;
+  return true;
+}
+
 std::optional<std::uint64_t> TrialSearch::admissibleKey(const Trial& trial) const {
   const ReciprocalMetric& m = trial.metric;
   if (!isPositiveDefinite(m)) return std::nullopt;

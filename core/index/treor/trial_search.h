@@ -117,6 +117,10 @@ class TrialSearch {
   std::vector<int> unindexedTestLines(const ReciprocalMetric& metric, int count, bool beyondTestLines = false,
                                       Centring centring = Centring::P) const;
 
+  // Whether the metric indexes the given trial lines (0-based) within the trial window, but for
+  // `allowedMisses` of them.
+  bool indexesLines(const ReciprocalMetric& metric, const std::vector<int>& lines, int allowedMisses) const;
+
   // The trial replaced by the coarsest reciprocal sub-lattice (a direct cell finer by index 2 to
   // maxIndex, as a triclinic trial) that indexes as many test lines, when there is one: a trial
   // that took the base lines with multiplied indices describes a super-cell of the lattice.
