@@ -764,13 +764,23 @@ class TreorRunner {
   // A short c axis puts the first lines in the hk0 zone: solve the rectangular zone from two
   // lines, then take the first line it leaves unindexed as hk1 or hk2.
   void orthorhombicDominantZone() {
-    std::vector<LabelRow> zoneLabels;
-    for (const LabelRow& row : labelTable(CrystalSystem::Orthorhombic, 4, 6))
-      if (row.hkl[2] == 0) zoneLabels.push_back(row);
     std::vector<std::array<int, 3>> third;
     for (int h = 0; h <= 2; ++h)
       for (int k = 0; k <= 2; ++k)
         for (int l = 1; l <= 2; ++l) third.push_back({h, k, l});
+    completeZones(CrystalSystem::Orthorhombic, rectangularZones(CrystalSystem::Orthorhombic, 2), {2}, third,
+                  "ORTHORHOMBIC", "XYZ=");
+  }
+
+  // Rectangular zones (the two axes other than `missingAxis`, no cross term) solved from each
+  // pair of the first three base lines, taken with orthorhombic indices 0 along that axis.
+  std::vector<ReciprocalMetric> rectangularZones(CrystalSystem system, int missingAxis) {
+    std::vector<LabelRow> zoneLabels;
+    for (const LabelRow& row : labelTable(CrystalSystem::Orthorhombic, 4, 6))
+      if (row.hkl[static_cast<std::size_t>(missingAxis)] == 0) zoneLabels.push_back(row);
+    std::vector<int> zoneAxes;
+    for (int axis = 0; axis < 3; ++axis)
+      if (axis != missingAxis) zoneAxes.push_back(axis);
     std::vector<ReciprocalMetric> zones;
     for (const auto& set : BaseSets{{1, 2}, {1, 3}, {2, 3}}) {
       const auto lines = baseLines(set);
@@ -779,9 +789,9 @@ class TreorRunner {
       for (int i = 0; i < 2; ++i)
         for (const LabelRow& row : search_->filterLabels(CrystalSystem::Orthorhombic, zoneLabels, problem_.q[lines[i]]))
           rows[i].push_back(row.hkl);
-      addZones(zones, CrystalSystem::Orthorhombic, ReciprocalMetric{}, {0, 1}, lines, rows);
+      addZones(zones, system, ReciprocalMetric{}, zoneAxes, lines, rows);
     }
-    completeZones(CrystalSystem::Orthorhombic, zones, {2}, third, "ORTHORHOMBIC", "XYZ=");
+    return zones;
   }
 
   // The zones (two-dimensional trials) solved from `lines`, unchecked but for positive squared
@@ -1052,24 +1062,12 @@ class TreorRunner {
   // three lines the zone leaves out (beyond the test lines), taken as hkl with h = 1 or 2. (A
   // 16.5 × 19.6 × 4.69 Å cell, β 116°, was otherwise met only as orthorhombic cells of its zone.)
   void monoclinicRectangularZone() {
-    std::vector<LabelRow> zoneLabels;
-    for (const LabelRow& row : labelTable(CrystalSystem::Orthorhombic, 4, 6))
-      if (row.hkl[0] == 0) zoneLabels.push_back(row);
     std::vector<std::array<int, 3>> withH;
     for (int h = 1; h <= 2; ++h)
       for (int k = 0; k <= 2; ++k)
         for (int l = -2; l <= 2; ++l) withH.push_back({h, k, l});
-    std::vector<ReciprocalMetric> zones;
-    for (const auto& set : BaseSets{{1, 2}, {1, 3}, {2, 3}}) {
-      const auto lines = baseLines(set);
-      if (lines.empty()) continue;
-      std::vector<std::vector<std::array<int, 3>>> rows(2);
-      for (int i = 0; i < 2; ++i)
-        for (const LabelRow& row : search_->filterLabels(CrystalSystem::Orthorhombic, zoneLabels, problem_.q[lines[i]]))
-          rows[i].push_back(row.hkl);
-      addZones(zones, CrystalSystem::Monoclinic, ReciprocalMetric{}, {1, 2}, lines, rows);
-    }
-    completeZones(CrystalSystem::Monoclinic, zones, {0, 4}, withH, "MONOCLINIC DOMINANT ZONE", "XYZU=");
+    completeZones(CrystalSystem::Monoclinic, rectangularZones(CrystalSystem::Monoclinic, 0), {0, 4}, withH,
+                  "MONOCLINIC DOMINANT ZONE", "XYZU=");
   }
 
   // A small C-centred cell puts its first lines in the hhl zone (001, 110, 11l): solved as an
