@@ -50,8 +50,8 @@ std::string reportText(const TreorResult& result) {
   return text;
 }
 
-// The problem's cell among the first four accepted cells of a run with the benchmark's defaults;
-// on failure the report is printed.
+// The problem's cell among the first four accepted cells of a run with the keyword defaults
+// (the benchmark's engine raises VOL); on failure the report is printed.
 void expectCellFound(const IndexingCase& c) {
   const TreorResult result = runTreor(treorInputFor(c), nullptr);
   EXPECT_TRUE(knownCellFound(c, acceptedCandidates(result), 4)) << c.name << "\n" << reportText(result);
