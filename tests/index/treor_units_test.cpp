@@ -8,7 +8,10 @@
 #include <sstream>
 
 #include "core/common/text_file.h"
+#include "core/index/lattice/lattice_relations.h"
+#include "core/index/lattice/matrix3.h"
 #include "core/index/lattice/niggli_reduction.h"
+#include "core/index/lattice/reciprocal_metric.h"
 #include "core/index/lattice/synthetic_lines.h"
 #include "core/index/lattice/units.h"
 #include "core/index/treor/cell_report.h"
@@ -129,6 +132,36 @@ TEST(TreorUnits, CuttingOffRenamedAssignmentsAdmitsTheSameCells) {
     EXPECT_LE(differing.size(), full.size() / 1000) << crystalSystemName(p.system);
     EXPECT_NEAR(static_cast<double>(pruned.size()), static_cast<double>(full.size()), full.size() / 1000.0);
   }
+}
+
+// A trial that took its base lines with multiplied indices describes a super-cell (here three
+// times the volume, along no single axis); the finer lattice that indexes as many test lines is
+// the cell itself, and the cell itself has none.
+TEST(TreorUnits, TheFinerLatticeOfASuperCellTrialIsTheCell) {
+  const CellParameters cell{6.823, 5.117, 7.452, 90, 104.6, 90};
+  SyntheticLineOptions o;
+  o.maxLines = 20;
+  TrialProblem problem;
+  for (const double t : syntheticLines(cell, Centring::P, o)) {
+    problem.q.push_back(qFromTwoTheta(t, 1.5406));
+    problem.fitWindow.push_back(qFromSinSquaredTheta(0.0002, 1.5406));
+    problem.slope.push_back(1.0);
+  }
+  problem.testLines = 15;
+  problem.iqRequired = 15;
+  TrialSearch search(problem, nullptr);
+  Mat3 m;  // direct super-cell axes in terms of the cell's, determinant 3
+  m(0, 0) = 1, m(0, 1) = 1, m(1, 1) = 1, m(1, 2) = 1, m(2, 0) = 1, m(2, 2) = 2;
+  Trial superCell;
+  superCell.system = CrystalSystem::Monoclinic;
+  superCell.metric = ReciprocalMetric::fromTensor(inverse(transpose(m) * directMetric(cell) * m));
+  superCell.iq = 15;
+  const auto finer = search.finestSubLattice(superCell, 6);
+  ASSERT_TRUE(finer.has_value());
+  EXPECT_TRUE(sameLattice(*cellFromMetric(*finer), Centring::P, cell, Centring::P, 1e-6));
+  Trial itself = superCell;
+  itself.metric = metricFromCell(cell);
+  EXPECT_FALSE(search.finestSubLattice(itself, 6).has_value());
 }
 
 // Every input form describes the same lines; the cell must not depend on which one the job used.

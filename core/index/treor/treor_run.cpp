@@ -98,6 +98,7 @@ class TreorRunner {
     echoParameters();
     TrialSearch search(problem_, [this] { return shell_ && shell_->interruptRequested(); });
     search.setWorkers(&pool_);
+    search.setFinerLatticeIndex(kMaxSubCellIndex);
     search_ = &search;
     const bool allSystems = k_.vol < 0;
     // Progress is the share of the run a stage usually takes when every stage runs.
@@ -243,6 +244,7 @@ class TreorRunner {
     }
     problem_.testLines = tests;
     problem_.iqRequired = k_.iq > 0 ? std::min(k_.iq, tests) : tests - 1;
+    problem_.maxCalculatedLines = kCalculatedLinesFactor * (tests + 1);
     printIq_ = k_.printIq > 0 ? k_.printIq : problem_.iqRequired;
     problem_.tolerance = qFromSinSquaredTheta(effectiveWindow(k_.d1, 0.0002, lambda), lambda);
     problem_.maxEdge = k_.cem > 0 ? k_.cem : 25.0;
@@ -402,14 +404,18 @@ class TreorRunner {
     if (trial.iq < problem_.iqRequired) return;
     ++passesInStage_;
     ++familyCounts_[family];
-    if (tooManyCalculatedLines(trial.metric)) return;
-    // The low-symmetry searches meet super-cells along no single axis (a monoclinic cell of three
-    // or five times the volume); they are queued as the finer lattice, so that the ordering by
+    if (trial.crowded) return;
+    // The monoclinic search meets super-cells along no single axis (a monoclinic cell of three or
+    // five times the volume); they are queued as the finer lattice too, so that the ordering by
     // volume below does not put them last.
     // The trial itself stays queued: weak lines of the larger cell may be real.
-    if (trial.system == CrystalSystem::Monoclinic || trial.system == CrystalSystem::Triclinic) {
-      const Trial finer = search_->finestSubLattice(trial, kMaxSubCellIndex);
-      if (finer.system != trial.system) pending_.push_back({finer, family});
+    if (trial.finerLattice) {
+      Trial finer = trial;
+      finer.system = CrystalSystem::Triclinic;
+      finer.metric = *trial.finerLattice;
+      finer.parameters = parametersFromMetric(CrystalSystem::Triclinic, finer.metric);
+      finer.finerLattice.reset();
+      pending_.push_back({finer, family});
     }
     pending_.push_back({trial, family});
   }
@@ -444,11 +450,6 @@ class TreorRunner {
     pending_.clear();
   }
 
-  // A cell with many more calculated lines than observed ones indexes almost anything.
-  bool tooManyCalculatedLines(const ReciprocalMetric& metric) {
-    const double qLast = problem_.q[problem_.testLines - 1];
-    return moreDistinctLinesThan(metric, qLast, kCalculatedLinesFactor * (problem_.testLines + 1), scratch_);
-  }
 
   // A trial that took the first lines for higher orders of one axis describes a super-cell: its
   // lines are indexed as well, but among twice the calculated lines, so M20 is about halved. The
@@ -1237,7 +1238,6 @@ class TreorRunner {
   std::map<std::string, int> familyCounts_;
   std::vector<PendingTrial> pending_;  // trials of the current pass waiting for refinement
   std::vector<Mat3> reducedCells_;     // the reduced metric of each of result_.cells
-  std::vector<double> scratch_;
 };
 
 }  // namespace

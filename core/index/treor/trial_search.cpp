@@ -17,6 +17,29 @@ namespace quarvel {
 
 namespace {
 
+// The reciprocal sub-lattice spanned by the columns of a lower-triangular integer matrix (a
+// Hermite normal form): hkl lies on it when the triangular system solves in whole numbers.
+class SubLattice {
+ public:
+  explicit SubLattice(const Mat3& h) {
+    for (int i = 0; i < 3; ++i)
+      for (int j = 0; j <= i; ++j) m_[i][j] = static_cast<int>(std::lround(h(i, j)));
+  }
+  bool contains(const std::array<int, 3>& hkl) const {
+    std::array<int, 3> x{};
+    for (int i = 0; i < 3; ++i) {
+      int rest = hkl[i];
+      for (int j = 0; j < i; ++j) rest -= m_[i][j] * x[j];
+      if (rest % m_[i][i] != 0) return false;
+      x[i] = rest / m_[i][i];
+    }
+    return true;
+  }
+
+ private:
+  std::array<std::array<int, 3>, 3> m_{};
+};
+
 int indexSum(const std::array<int, 3>& hkl) { return std::abs(hkl[0]) + std::abs(hkl[1]) + std::abs(hkl[2]); }
 
 // Gaussian elimination with partial pivoting on an n×n system (n ≤ 6); false when singular.
@@ -206,7 +229,20 @@ std::optional<std::uint64_t> TrialSearch::admissibleKey(const Trial& trial) cons
 bool TrialSearch::indexesTestLines(Trial& trial) const {
   trial.iq = indexedTestLines(trial.metric, printThreshold_, trial.lines);
   if (trial.iq < printThreshold_) return false;
-  return problem_.fitWindow.empty() || refitOnTestLines(trial);
+  if (!problem_.fitWindow.empty() && !refitOnTestLines(trial)) return false;
+  if (trial.iq >= problem_.iqRequired) examinePassingTrial(trial);
+  return true;
+}
+
+void TrialSearch::examinePassingTrial(Trial& trial) const {
+  if (problem_.maxCalculatedLines > 0) {
+    std::vector<double> values;
+    const double qLast = problem_.q[static_cast<std::size_t>(problem_.testLines - 1)];
+    trial.crowded = moreDistinctLinesThan(trial.metric, qLast, problem_.maxCalculatedLines, values);
+  }
+  // Once per passing trial: a fifth of a monoclinic run.
+  if (!trial.crowded && trial.system == CrystalSystem::Monoclinic && finerIndex_ > 0)
+    trial.finerLattice = finestSubLattice(trial, finerIndex_);
 }
 
 bool TrialSearch::admit(Trial& trial) {
@@ -270,31 +306,46 @@ bool TrialSearch::refitOnTestLines(Trial& trial) const {
   return true;
 }
 
-Trial TrialSearch::finestSubLattice(const Trial& trial, int maxIndex) const {
-  if (problem_.fitWindow.empty()) return trial;
+std::optional<ReciprocalMetric> TrialSearch::finestSubLattice(const Trial& trial, int maxIndex) const {
+  if (problem_.fitWindow.empty()) return std::nullopt;
   const int n = std::min<int>(problem_.testLines, static_cast<int>(problem_.q.size()));
+  // A finer cell has a coarser reciprocal lattice, whose points are among the trial's: it indexes
+  // a test line when one of the trial's reflections within the line's window lies on it. The
+  // reflections are listed once per trial, and each of the sub-lattices is then a matter of
+  // whole-number tests.
+  std::vector<double> corrected(static_cast<std::size_t>(n));
+  double qMax = 0;
+  for (int i = 0; i < n; ++i) {
+    corrected[i] = problem_.q[i] - trial.zero * problem_.slope[i];
+    qMax = std::max(qMax, corrected[i] + problem_.fitWindow[i]);
+  }
+  const std::vector<CalculatedLine> reflections = calculatedLines(trial.metric, Centring::P, qMax);
+  std::vector<std::vector<std::array<int, 3>>> within(static_cast<std::size_t>(n));
+  for (int i = 0; i < n; ++i) {
+    const double lo = corrected[i] - problem_.fitWindow[i], hi = corrected[i] + problem_.fitWindow[i];
+    auto r = std::lower_bound(reflections.begin(), reflections.end(), lo,
+                              [](const CalculatedLine& line, double q) { return line.q < q; });
+    for (; r != reflections.end() && r->q <= hi; ++r) within[i].push_back({r->h, r->k, r->l});
+  }
   // As many test lines as the trial indexes, abandoned at the first extra miss.
-  auto indexesAsMany = [&](const ReciprocalMetric& m) {
+  const int allowedMisses = n - trial.iq;
+  auto indexesAsMany = [&](const SubLattice& sub) {
     int misses = 0;
-    const NearestLineFinder lines(m, Centring::P);
-    for (int i = 0; i < n; ++i)
-      if (!lines.hasLine(problem_.q[i] - trial.zero * problem_.slope[i], problem_.fitWindow[i]) &&
-          ++misses > n - trial.iq)
+    for (const auto& candidates : within)
+      if (std::none_of(candidates.begin(), candidates.end(), [&](const auto& hkl) { return sub.contains(hkl); }) &&
+          ++misses > allowedMisses)
         return false;
     return true;
   };
   const Mat3 g = trial.metric.tensor();
-  Trial best = trial;
+  std::optional<ReciprocalMetric> finest;
   for (int index = 2; index <= maxIndex; ++index)
     for (const Mat3& h : hermiteNormalForms(index)) {
-      const ReciprocalMetric m = ReciprocalMetric::fromTensor(transpose(h) * g * h);
-      if (!indexesAsMany(m)) continue;
-      best.system = CrystalSystem::Triclinic;
-      best.metric = m;
-      best.parameters = parametersFromMetric(CrystalSystem::Triclinic, m);
+      if (!indexesAsMany(SubLattice(h))) continue;
+      finest = ReciprocalMetric::fromTensor(transpose(h) * g * h);
       break;  // one per index; a finer one may follow
     }
-  return best;
+  return finest;
 }
 
 void TrialSearch::searchBaseSet(CrystalSystem system, const std::vector<int>& baseLines,

@@ -49,6 +49,9 @@ struct TrialProblem {
   double minVolume = 20.0;
   double maxBeta = 125.0;
   DensityLimits density;  // with a molar weight and a density, cells that hold no whole Z are out
+  // A trial that reaches IQ among more calculated lines than this (up to the last test line)
+  // indexes almost anything: it is marked crowded. 0: no limit.
+  int maxCalculatedLines = 0;
 };
 
 struct Trial {
@@ -59,6 +62,10 @@ struct Trial {
   std::vector<std::array<int, 3>> hkl;  // indices given to them
   int iq = 0;                      // test lines indexed
   double zero = 0;                 // radians of 2θ, fitted with the cell to its test lines
+  // A monoclinic trial that reaches IQ: the finest direct cell (coarsest reciprocal sub-lattice)
+  // that indexes as many test lines, when the search looks for one and finds one.
+  std::optional<ReciprocalMetric> finerLattice;
+  bool crowded = false;  // reaches IQ among more calculated lines than the problem allows
 };
 
 // Receives every new admissible trial that reaches the print threshold.
@@ -121,10 +128,14 @@ class TrialSearch {
   // `allowedMisses` of them.
   bool indexesLines(const ReciprocalMetric& metric, const std::vector<int>& lines, int allowedMisses) const;
 
-  // The trial replaced by the coarsest reciprocal sub-lattice (a direct cell finer by index 2 to
-  // maxIndex, as a triclinic trial) that indexes as many test lines, when there is one: a trial
-  // that took the base lines with multiplied indices describes a super-cell of the lattice.
-  Trial finestSubLattice(const Trial& trial, int maxIndex) const;
+  // The coarsest reciprocal sub-lattice of the trial (a direct cell finer by index 2 to maxIndex)
+  // that indexes as many test lines, when there is one: a trial that took the base lines with
+  // multiplied indices describes a super-cell of the lattice.
+  std::optional<ReciprocalMetric> finestSubLattice(const Trial& trial, int maxIndex) const;
+  // Monoclinic trials that reach IQ, not crowded, get their `finerLattice` up to this index (0:
+  // not looked for). A triclinic trial is refined as it is, and its refined cell is replaced
+  // by a finer one there.
+  void setFinerLatticeIndex(int maxIndex) { finerIndex_ = maxIndex; }
 
   // Labels a line of value q can carry with admissible parameters.
   std::vector<LabelRow> filterLabels(CrystalSystem system, const std::vector<LabelRow>& labels, double q) const;
@@ -157,6 +168,9 @@ class TrialSearch {
 
   // Counts the test lines the trial indexes (fills iq) and refits it; true when it passes.
   bool indexesTestLines(Trial& trial) const;
+  // What the engine asks of each trial that reaches IQ (crowded, finer lattice), worked out on
+  // the core that tested it rather than when the trials are handed on one by one.
+  void examinePassingTrial(Trial& trial) const;
   // Every assignment of rows to the base lines, depth first; the first depths may be held to
   // one row each (`fixed`). `leaf` gets each solved trial and returns false to stop.
   void walkRows(CrystalSystem system, const std::vector<int>& baseLines,
@@ -175,6 +189,7 @@ class TrialSearch {
   std::unordered_set<std::uint64_t> seen_;
   WorkerPool* workers_ = nullptr;
   bool orbitPruning_ = true;
+  int finerIndex_ = 0;
   long solved_ = 0;
   bool stopped_ = false;
 };
