@@ -278,6 +278,19 @@ TEST(TreorEngine, ZeroErrorOfTheLinesIsCorrectedAndReported) {
   }
 }
 
+// Once an accepted cell has refined a zero the lines determine, the correction nearest it is the
+// next one tried: a pattern 0.05° low is searched again at −0.05°, not first at +0.05°.
+TEST(TreorEngine, TheCorrectionNearestTheRefinedZeroComesNext) {
+  const SyntheticCell s{"orthorhombic P", CrystalSystem::Orthorhombic, {9.61, 6.17, 4.45, 90, 90, 90}, Centring::P};
+  const TreorResult result = runTreor(treorInputFor(syntheticCase(s, 0.01, -0.05)), nullptr);
+  const std::string text = reportText(result);
+  const std::size_t stage = text.find("** ORTHORHOMBIC TEST");
+  ASSERT_NE(stage, std::string::npos);
+  const std::string orthorhombic = text.substr(stage, text.find("** MONOCLINIC TEST", stage) - stage);
+  EXPECT_NE(orthorhombic.find("ZERO CORRECTION OF THE LINES = -0.050"), std::string::npos) << orthorhombic;
+  EXPECT_EQ(orthorhombic.find("ZERO CORRECTION OF THE LINES =  0.050"), std::string::npos) << orthorhombic;
+}
+
 // Noise of 0.02° and the small angles of a 0.40 Å pattern: the trial windows follow the angular
 // errors of the base lines and of each test line.
 TEST(TreorEngine, TrialWindowsHoldNoiseAndShortWavelengths) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <numeric>
 #include <optional>
@@ -267,6 +268,22 @@ class TreorRunner {
     if (kSignificantZero * cell.zeroSigma <= kZeroSettled) stageAcceptedZeros_.push_back(cell.zero);
   }
 
+  // The corrections are tried in their order, none first, until a cell accepted in the stage has
+  // refined a zero the lines determine: the correction nearest that zero comes next, as the one
+  // that can settle the stage (a pattern 0.05° off was otherwise searched with +0.05° before
+  // −0.05°, a third of its monoclinic time).
+  std::vector<double>::const_iterator nextZeroCorrection(const std::vector<double>& untried) const {
+    auto next = untried.begin();
+    double nearest = std::numeric_limits<double>::infinity();
+    for (const double accepted : stageAcceptedZeros_)
+      for (auto it = untried.begin(); it != untried.end(); ++it)
+        if (std::abs(accepted - *it) < nearest) {
+          nearest = std::abs(accepted - *it);
+          next = it;
+        }
+    return next;
+  }
+
   bool zeroSettled(const std::vector<double>& tried) const {
     for (const double accepted : stageAcceptedZeros_)
       for (const double zero : tried)
@@ -344,9 +361,13 @@ class TreorRunner {
     volumeLimit_ = std::abs(k_.vol);
     out(" MAX. VOLUME=" + formatF(volumeLimit_, 10, 1));
     stageAcceptedZeros_.clear();
+    std::vector<double> untried(std::begin(kZeroCorrections), std::end(kZeroCorrections));
     std::vector<double> tried;
-    for (const double zero : kZeroCorrections) {
+    while (!untried.empty()) {
       if (zeroSettled(tried) || !search_->keepGoing()) break;
+      const auto next = nextZeroCorrection(untried);
+      const double zero = *next;
+      untried.erase(next);
       passIndex_ = static_cast<int>(tried.size());
       tried.push_back(zero);
       if (zero != 0) {
