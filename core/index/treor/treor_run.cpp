@@ -268,10 +268,10 @@ class TreorRunner {
     if (kSignificantZero * cell.zeroSigma <= kZeroSettled) stageAcceptedZeros_.push_back(cell.zero);
   }
 
-  // The corrections are tried in their order, none first, until a cell accepted in the stage has
-  // refined a zero the lines determine: the correction nearest that zero comes next, as the one
-  // that can settle the stage (a pattern 0.05° off was otherwise searched with +0.05° before
-  // −0.05°, a third of its monoclinic time).
+  // The corrections are tried in their order (the lines as given first) until a cell accepted in
+  // the stage has refined a zero the lines determine: the correction nearest that zero comes next,
+  // as the one that can settle the stage (a pattern 0.05° low was otherwise searched at +0.05°
+  // before −0.05°, a third of its monoclinic time).
   std::vector<double>::const_iterator nextZeroCorrection(const std::vector<double>& untried) const {
     auto next = untried.begin();
     double nearest = std::numeric_limits<double>::infinity();
@@ -470,7 +470,6 @@ class TreorRunner {
     }
     pending_.clear();
   }
-
 
   // A trial that took the first lines for higher orders of one axis describes a super-cell: its
   // lines are indexed as well, but among twice the calculated lines, so M20 is about halved. The
