@@ -222,6 +222,14 @@ TEST(TreorEngine, LongBAxisWithShortAAndC) {
   }
 }
 
+// A rhombohedral lattice (hexagonal axes 6.76 × 6.54 Å) whose lines a 10.69 Å body-centred cubic
+// cell indexes at M20 57: the cubic cell no longer ends the search before the hexagonal stage.
+TEST(TreorEngine, RhombohedralCellBehindABodyCentredCubicCell) {
+  const IndexingCase c = benchmarkProblem(8, "hR λ1.5406 σ0.01 z0.00 imp1 miss1 #2", {0.0, 0.01, 0.02}, {0.0, 0.05}, 2);
+  ASSERT_FALSE(c.twoTheta.empty());
+  EXPECT_TRUE(knownCellFound(c, indexWithTreor(c), 4));
+}
+
 // Two long axes and a short one (16.5 × 19.6 × 4.69 Å, β 116°): the first twenty lines lie almost
 // all in the rectangular hk0 zone, which orthorhombic cells of the zone index as well. The third
 // axis and its angle come from two lines the zone leaves out, past the test lines.
