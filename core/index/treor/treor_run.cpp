@@ -147,13 +147,13 @@ class TreorRunner {
   // seen: a tetragonal cell 24 times the volume of a 2.66 × 12.26 × 2.89 Å monoclinic cell
   // indexed all its lines (M20 33) among five times as many calculated ones.
   // A convincing cubic cell ends the search before the two-parameter stages only when its lines
-  // do not obey a body-centred lattice and it predicts at most twice the lines seen. A large cubic cell
-  // indexes every line of a tetragonal cell whose c²/a² is near a whole number (c/a = √21 to
-  // 0.1 % reached M20 47 with 56 calculated lines for 20), while a true cubic lattice leaves few
-  // of its lines unseen; and rhombohedral lattices come close to body-centred cubic super-cells
-  // (a 6.76 × 6.54 Å hexagonal R cell was indexed by a 10.69 Å cubic I cell at M20 57, a
-  // 16.3 × 2.50 Å one by an 11.54 Å cubic I cell), which the hexagonal stage tells apart. The
-  // two-parameter stages then take 10-80 ms more.
+  // do not obey a body-centred lattice and it predicts at most twice the lines seen. A large
+  // cubic cell indexes every line of a tetragonal cell whose c²/a² is near a whole number
+  // (c/a = √21 to 0.1 % reached M20 47 with 56 calculated lines for 20), while a true cubic
+  // lattice leaves few of its lines unseen; and rhombohedral lattices come close to body-centred
+  // cubic super-cells (a 6.76 × 6.54 Å hexagonal R cell was indexed by a 10.69 Å cubic I cell at
+  // M20 57, a 16.3 × 2.50 Å one by an 11.54 Å cubic I cell), which the hexagonal stage tells
+  // apart. The two-parameter stages then take 10-80 ms more.
   void noteConvincing(const TreorCell& stored, const RefinedTrial& refined) {
     const int refinedLines = std::min<int>(lines_.refineLines, static_cast<int>(lines_.q.size()));
     if (refinedLines - refined.refinement.indexedLines > k_.nix) return;
@@ -609,7 +609,6 @@ class TreorRunner {
     if (best.system == CrystalSystem::Triclinic && pending.family.starts_with("MONOCLINIC"))
       best = withMonoclinicConstraints(best);
     return smallestCell(best.system, best);
-    return best;
   }
 
   // Prints and stores a refined cell unless its lattice was refined before; false then.
