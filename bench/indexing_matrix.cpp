@@ -113,7 +113,7 @@ void writeJobs(const std::vector<IndexingCase>& problems, const std::filesystem:
     // The angles at full precision (a job file rounds them to 0.0001°): the run then repeats the
     // benchmark's own, also for the noise-free problems.
     std::vector<std::string> lines = treorJobLines(job, p.twoTheta);
-    for (std::size_t i = 0; i < p.twoTheta.size(); ++i) lines[1 + i] = fmt::format("{:.9f}", p.twoTheta[i]);
+    for (std::size_t i = 0; i < p.twoTheta.size(); ++i) lines[1 + i] = fmt::format("{:.17g}", p.twoTheta[i]);
     std::ofstream out(folder / (fileName + ".tre"));
     for (const std::string& line : lines) out << line << '\n';
   }

@@ -67,6 +67,15 @@ TEST(LatticeRelations, SameLatticeAcrossSettingsAndSuperCells) {
   EXPECT_TRUE(sameLattice(oc, Centring::C, transformed(oc, primitiveTransform(Centring::C)), Centring::P));
   EXPECT_FALSE(sameLattice(oc, Centring::P, oc, Centring::C));
 
+  // With one long axis the whole metric hides short edges half a percent off; each element on
+  // its own does not, and still matches the same cell in another setting and refined again.
+  const CellParameters longC{4.4365, 3.9520, 21.5579, 90, 90, 90}, shortEdgesOff{4.4131, 3.9688, 21.5587, 90, 90, 90};
+  EXPECT_TRUE(sameLattice(longC, Centring::P, shortEdgesOff, Centring::P, 1e-2));
+  EXPECT_FALSE(sameLattice(longC, Centring::P, shortEdgesOff, Centring::P, 1e-2, MetricMatch::EachElement));
+  EXPECT_TRUE(sameLattice(mono, Centring::P, transformed(mono, shear), Centring::P, 1e-2, MetricMatch::EachElement));
+  EXPECT_TRUE(sameLattice(longC, Centring::P, {4.4402, 3.9512, 21.5480, 90, 90.04, 90}, Centring::P, 1e-2,
+                          MetricMatch::EachElement));
+
   // Doubling an axis is not the same lattice but an index-2 super-cell; tripling gives 3.
   CellParameters doubled = mono;
   doubled.c *= 2;

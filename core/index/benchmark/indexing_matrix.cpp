@@ -103,7 +103,8 @@ bool knownCellFound(const IndexingCase& problem, const std::vector<CandidateCell
   const int n = std::min<int>(top, static_cast<int>(candidates.size()));
   for (int i = 0; i < n; ++i) {
     const CandidateCell& c = candidates[static_cast<std::size_t>(i)];
-    if (sameLattice(c.cell, c.centring, problem.knownCell, problem.centring, tolerance)) return true;
+    if (sameLattice(c.cell, c.centring, problem.knownCell, problem.centring, tolerance, MetricMatch::EachElement))
+      return true;
   }
   return false;
 }

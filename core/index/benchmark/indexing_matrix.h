@@ -39,7 +39,9 @@ std::vector<IndexingCase> syntheticMatrix(const SyntheticMatrixOptions& options 
 
 // The known lattice (reduced, same-lattice test) among the first `top` candidates. The metric
 // tolerance is looser than for de-duplication: published cells of the case files come from other
-// refinements and differ from ours by 0.1-0.2 %.
+// refinements and differ from ours by 0.1-0.2 %. It holds for every element of the metric on
+// its own (a squared edge within 1 %, an edge within half a percent): measured against the whole
+// metric, a cell with a 22 Å axis matched with short edges 3 % off.
 inline constexpr double kKnownCellTolerance = 1e-2;
 bool knownCellFound(const IndexingCase& problem, const std::vector<CandidateCell>& candidates, int top = 4,
                     double tolerance = kKnownCellTolerance);

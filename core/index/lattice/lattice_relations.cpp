@@ -71,12 +71,12 @@ std::vector<Mat3> hermiteNormalForms(int n) {
   return forms;
 }
 
-bool sameReducedLattice(const Mat3& g1, const Mat3& g2, double tolerance) {
+bool sameReducedLattice(const Mat3& g1, const Mat3& g2, double tolerance, MetricMatch match) {
   const double v1 = determinant(g1), v2 = determinant(g2);
   if (!(v1 > 0.0 && v2 > 0.0)) return false;
   // Volumes squared within about 1 %: the cheap filter before the matrix search.
   if (std::abs(v1 - v2) > 0.01 * std::max(v1, v2)) return false;
-  const double limit = tolerance * frobenius(g2);
+  const double whole = frobenius(g2);
   // The edges of a reduced cell are the shortest vectors of its lattice, so two reduced cells
   // of one lattice have nearly the same squared edges. Cells of similar volume are met by the
   // hundred in a search, and this rejects nearly all of them before the matrix search (with a
@@ -84,21 +84,29 @@ bool sameReducedLattice(const Mat3& g1, const Mat3& g2, double tolerance) {
   std::array<double, 3> d1{g1(0, 0), g1(1, 1), g1(2, 2)}, d2{g2(0, 0), g2(1, 1), g2(2, 2)};
   std::sort(d1.begin(), d1.end());
   std::sort(d2.begin(), d2.end());
-  const double edgeMargin = 4.0 * tolerance * std::max(frobenius(g1), frobenius(g2));
-  for (std::size_t i = 0; i < 3; ++i)
-    if (std::abs(d1[i] - d2[i]) > edgeMargin) return false;
+  for (std::size_t i = 0; i < 3; ++i) {
+    const double scale = match == MetricMatch::Whole ? std::max(frobenius(g1), whole) : std::max(d1[i], d2[i]);
+    if (std::abs(d1[i] - d2[i]) > 4.0 * tolerance * scale) return false;
+  }
+  auto close = [&](const Mat3& d) {
+    if (match == MetricMatch::Whole) return frobenius(d) <= tolerance * whole;
+    for (int i = 0; i < 3; ++i)
+      for (int j = 0; j < 3; ++j)
+        if (std::abs(d(i, j)) > tolerance * std::sqrt(g2(i, i) * g2(j, j))) return false;
+    return true;
+  };
   for (const Mat3& t : smallUnimodularMatrices()) {
     Mat3 d = transpose(t) * g1 * t;
     for (int i = 0; i < 3; ++i)
       for (int j = 0; j < 3; ++j) d(i, j) -= g2(i, j);
-    if (frobenius(d) <= limit) return true;
+    if (close(d)) return true;
   }
   return false;
 }
 
 bool sameLattice(const CellParameters& cell1, Centring centring1, const CellParameters& cell2, Centring centring2,
-                 double tolerance) {
-  return sameReducedLattice(reducedMetric(cell1, centring1), reducedMetric(cell2, centring2), tolerance);
+                 double tolerance, MetricMatch match) {
+  return sameReducedLattice(reducedMetric(cell1, centring1), reducedMetric(cell2, centring2), tolerance, match);
 }
 
 int superCellIndex(const CellParameters& cell, Centring centring, const CellParameters& candidate,

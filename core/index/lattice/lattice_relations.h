@@ -19,11 +19,18 @@ const std::vector<Mat3>& smallUnimodularMatrices();
 // (7 for n = 2, 13 for n = 3, 35 for n = 4).
 std::vector<Mat3> hermiteNormalForms(int n);
 
+// How the tolerance is applied: to the metric as a whole, which a long axis dominates (refined
+// cells of one lattice differ most along it), or to each element relative to its own size
+// (each squared edge to itself, each cross term to the product of its two edges), which holds a
+// short edge as tightly as a long one.
+enum class MetricMatch { Whole, EachElement };
+
 // Both metrics direct and reduced (niggliReduce with the classification tolerance).
-bool sameReducedLattice(const Mat3& reduced1, const Mat3& reduced2, double tolerance = kSameLatticeTolerance);
+bool sameReducedLattice(const Mat3& reduced1, const Mat3& reduced2, double tolerance = kSameLatticeTolerance,
+                        MetricMatch match = MetricMatch::Whole);
 
 bool sameLattice(const CellParameters& cell1, Centring centring1, const CellParameters& cell2, Centring centring2,
-                 double tolerance = kSameLatticeTolerance);
+                 double tolerance = kSameLatticeTolerance, MetricMatch match = MetricMatch::Whole);
 
 // n ≥ 2 when `candidate` is an index-n super-cell of `cell` (its lattice a sublattice of index
 // n), 1 when both are the same lattice, 0 otherwise (or n above maxIndex).
