@@ -150,18 +150,31 @@ TEST(TreorUnits, TheFinerLatticeOfASuperCellTrialIsTheCell) {
   problem.testLines = 15;
   problem.iqRequired = 15;
   TrialSearch search(problem, nullptr);
+  search.setFinerLatticeIndex(6);
   Mat3 m;  // direct super-cell axes in terms of the cell's, determinant 3
   m(0, 0) = 1, m(0, 1) = 1, m(1, 1) = 1, m(1, 2) = 1, m(2, 0) = 1, m(2, 2) = 2;
   Trial superCell;
   superCell.system = CrystalSystem::Monoclinic;
   superCell.metric = ReciprocalMetric::fromTensor(inverse(transpose(m) * directMetric(cell) * m));
   superCell.iq = 15;
-  const auto finer = search.finestSubLattice(superCell, 6);
+  const auto finer = search.finestSubLattice(superCell);
   ASSERT_TRUE(finer.has_value());
   EXPECT_TRUE(sameLattice(*cellFromMetric(*finer), Centring::P, cell, Centring::P, 1e-6));
   Trial itself = superCell;
   itself.metric = metricFromCell(cell);
-  EXPECT_FALSE(search.finestSubLattice(itself, 6).has_value());
+  EXPECT_FALSE(search.finestSubLattice(itself).has_value());
+}
+
+// A finer lattice or a halved axis keeps the limits every trial keeps, judged on the lattice's
+// shortest vectors: two 5 Å edges 5.7° apart span a lattice with a 0.5 Å vector.
+TEST(TreorUnits, LowerLimitsHoldForTheShortestVectorsOfTheLattice) {
+  TrialProblem problem;
+  problem.q = {0.01, 0.02, 0.03};
+  const TrialSearch search(problem, nullptr);
+  EXPECT_TRUE(search.withinLowerLimits(metricFromCell({5.82, 2.63, 8.29, 90, 99.2, 90})));
+  EXPECT_FALSE(search.withinLowerLimits(metricFromCell({5.82, 0.68, 8.29, 90, 99.2, 90})));
+  EXPECT_FALSE(search.withinLowerLimits(metricFromCell({5.0, 5.0, 8.0, 90, 90, 5.73})));
+  EXPECT_FALSE(search.withinLowerLimits(metricFromCell({2.1, 2.1, 4.0, 90, 90, 90})));  // 17.6 Å³
 }
 
 // Every input form describes the same lines; the cell must not depend on which one the job used.

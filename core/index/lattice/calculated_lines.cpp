@@ -13,10 +13,8 @@ std::array<int, 3> indexBounds(const ReciprocalMetric& metric, double qMax) {
           static_cast<int>(std::floor(std::sqrt(g(2, 2)) * root))};
 }
 
-namespace {
-
 // Range of l with C l² + b l + c0 ≤ target (empty when lo > hi).
-bool lRange(double C, double b, double c0, double target, int& lo, int& hi) {
+bool detail::lRange(double C, double b, double c0, double target, int& lo, int& hi) {
   const double disc = b * b - 4.0 * C * (c0 - target);
   if (disc < 0.0) return false;
   const double s = std::sqrt(disc);
@@ -24,8 +22,6 @@ bool lRange(double C, double b, double c0, double target, int& lo, int& hi) {
   hi = static_cast<int>(std::floor((-b + s) / (2.0 * C) + 1e-9));
   return lo <= hi;
 }
-
-}  // namespace
 
 // The least value of a row (h, k) over real l is a quadratic in k, the form with l eliminated:
 // alpha k² + beta h k + gamma h², positive for a positive-definite form.
@@ -47,44 +43,10 @@ bool RowMinimum::rowsReaching(int h, double target, int& lo, int& hi) const {
   return lo <= hi;
 }
 
-namespace {
-
-// Calls visit(h, k, l, q) for every reflection with 0 < q ≤ qMax in the half space h > 0, or
-// h = 0 and k > 0, or h = k = 0 and l > 0. With `foldMirrors`, rows k and -k (l and -l) of a form
-// without the cross terms that tell them apart are visited once (they hold the same values bit
-// for bit).
-template <class Visit>
-void visitReflections(const ReciprocalMetric& m, double qMax, bool foldMirrors, Visit&& visit) {
-  if (!(qMax > 0.0) || !isPositiveDefinite(m)) return;
-  const bool kMirror = foldMirrors && m.D == 0.0 && m.F == 0.0;
-  const bool lMirror = foldMirrors && m.D == 0.0 && m.E == 0.0;
-  const auto [hMax, kMax, lMax] = indexBounds(m, qMax);
-  const double limit = qMax * (1.0 + 1e-10);  // a line exactly at the limit is kept
-  const RowMinimum rows(m);
-  for (int h = 0; h <= hMax; ++h) {
-    int kLo = 0, kHi = 0;
-    if (!rows.rowsReaching(h, limit, kLo, kHi)) continue;
-    for (int k = std::max(kLo, (h == 0 || kMirror) ? 0 : -kMax); k <= std::min(kHi, kMax); ++k) {
-      const double c0 = m.A * h * h + m.B * k * k + m.F * h * k;
-      const double b = m.D * k + m.E * h;
-      int lo = 0, hi = 0;
-      if (!lRange(m.C, b, c0, limit, lo, hi)) continue;
-      lo = std::max(lo, lMirror ? 0 : -lMax);
-      hi = std::min(hi, lMax);
-      if (h == 0 && k == 0) lo = std::max(lo, 1);
-      for (int l = lo; l <= hi; ++l) {
-        const double q = c0 + l * (b + m.C * l);
-        if (q > 0.0 && q <= limit) visit(h, k, l, q);
-      }
-    }
-  }
-}
-
-}  // namespace
 
 void calculatedLines(const ReciprocalMetric& m, Centring centring, double qMax, std::vector<CalculatedLine>& out) {
   out.clear();
-  visitReflections(m, qMax, false, [&](int h, int k, int l, double q) {
+  forEachReflection(m, qMax, false, [&](int h, int k, int l, double q) {
     if (isAllowedReflection(centring, h, k, l)) out.push_back({q, h, k, l});
   });
   std::sort(out.begin(), out.end(), [](const CalculatedLine& x, const CalculatedLine& y) { return x.q < y.q; });
@@ -113,7 +75,7 @@ bool moreDistinctLinesThan(const ReciprocalMetric& m, double qMax, int limit, st
   values.clear();
   // Mirrored rows give the same count: an orthorhombic trial lists a quarter of its reflections.
   // When even those are within the limit, no sort is needed.
-  visitReflections(m, qMax, true, [&](int, int, int, double q) { values.push_back(q); });
+  forEachReflection(m, qMax, true, [&](int, int, int, double q) { values.push_back(q); });
   if (static_cast<int>(values.size()) <= limit) return false;
   if (limit < 0) return true;
   std::sort(values.begin(), values.end());

@@ -3,6 +3,7 @@
 // phases of the indexing engines call millions of times.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <span>
@@ -48,6 +49,41 @@ struct RowMinimum {
   bool rowsReaching(int h, double target, int& lo, int& hi) const;
   double alpha = 0, beta = 0, gamma = 0;
 };
+
+namespace detail {
+bool lRange(double C, double b, double c0, double target, int& lo, int& hi);
+}  // namespace detail
+
+// Calls visit(h, k, l, q) for every reflection with 0 < q ≤ qMax in the half space h > 0, or
+// h = 0 and k > 0, or h = k = 0 and l > 0. With `foldMirrors`, rows k and -k (l and -l) of a form
+// without the cross terms that tell them apart are visited once (they hold the same values bit
+// for bit).
+template <class Visit>
+void forEachReflection(const ReciprocalMetric& m, double qMax, bool foldMirrors, Visit&& visit) {
+  if (!(qMax > 0.0) || !isPositiveDefinite(m)) return;
+  const bool kMirror = foldMirrors && m.D == 0.0 && m.F == 0.0;
+  const bool lMirror = foldMirrors && m.D == 0.0 && m.E == 0.0;
+  const auto [hMax, kMax, lMax] = indexBounds(m, qMax);
+  const double limit = qMax * (1.0 + 1e-10);  // a line exactly at the limit is kept
+  const RowMinimum rows(m);
+  for (int h = 0; h <= hMax; ++h) {
+    int kLo = 0, kHi = 0;
+    if (!rows.rowsReaching(h, limit, kLo, kHi)) continue;
+    for (int k = std::max(kLo, (h == 0 || kMirror) ? 0 : -kMax); k <= std::min(kHi, kMax); ++k) {
+      const double c0 = m.A * h * h + m.B * k * k + m.F * h * k;
+      const double b = m.D * k + m.E * h;
+      int lo = 0, hi = 0;
+      if (!detail::lRange(m.C, b, c0, limit, lo, hi)) continue;
+      lo = std::max(lo, lMirror ? 0 : -lMax);
+      hi = std::min(hi, lMax);
+      if (h == 0 && k == 0) lo = std::max(lo, 1);
+      for (int l = lo; l <= hi; ++l) {
+        const double q = c0 + l * (b + m.C * l);
+        if (q > 0.0 && q <= limit) visit(h, k, l, q);
+      }
+    }
+  }
+}
 
 // A pair (h, k) that gives one value of h² + k² or h² + hk + k² (taken: there is one).
 struct TwoIndexValue {

@@ -500,7 +500,7 @@ class TreorRunner {
         // The halved cell keeps the lines of even index along the axis at the same places; when
         // the others leave too many lines unindexed, refining it cannot pay. (One line more is
         // allowed: the refinement moves the lines a little.)
-        if (!indexesFirstLines(m, q, allowed + 1)) continue;
+        if (!indexesFirstLines(m, q, allowed + 1) || !search_->withinLowerLimits(m)) continue;
         RefinedTrial halved = refineTrial(lines_, system, m);
         if (!halved.solved || halved.figure.unindexed > allowed || halved.figure.m < 1.5 * current.result.figure.m)
           continue;
@@ -546,7 +546,7 @@ class TreorRunner {
     for (int n = 2; n <= kMaxSubCellIndex; ++n)
       for (const Mat3& h : hermiteNormalForms(n)) {
         const ReciprocalMetric m = ReciprocalMetric::fromTensor(transpose(h) * g * h);
-        if (!indexesFirstLines(m, q, allowed)) continue;
+        if (!indexesFirstLines(m, q, allowed) || !search_->withinLowerLimits(m)) continue;
         Refined sub{CrystalSystem::Triclinic, m, refineTrial(lines_, CrystalSystem::Triclinic, m)};
         if (!sub.result.solved) continue;
         if (current.system == CrystalSystem::Monoclinic) sub = withMonoclinicConstraints(sub);

@@ -11,6 +11,7 @@
 #include "core/common/parallel_for.h"
 #include "core/index/lattice/calculated_lines.h"
 #include "core/index/lattice/lattice_relations.h"
+#include "core/index/lattice/niggli_reduction.h"
 #include "core/index/lattice/normal_equations.h"
 
 namespace quarvel {
@@ -241,8 +242,8 @@ void TrialSearch::examinePassingTrial(Trial& trial) const {
     trial.crowded = moreDistinctLinesThan(trial.metric, qLast, problem_.maxCalculatedLines, values);
   }
   // Once per passing trial: a fifth of a monoclinic run.
-  if (!trial.crowded && trial.system == CrystalSystem::Monoclinic && finerIndex_ > 0)
-    trial.finerLattice = finestSubLattice(trial, finerIndex_);
+  if (!trial.crowded && trial.system == CrystalSystem::Monoclinic && !subLatticeForms_.empty())
+    trial.finerLattice = finestSubLattice(trial);
 }
 
 bool TrialSearch::admit(Trial& trial) {
@@ -306,46 +307,84 @@ bool TrialSearch::refitOnTestLines(Trial& trial) const {
   return true;
 }
 
-std::optional<ReciprocalMetric> TrialSearch::finestSubLattice(const Trial& trial, int maxIndex) const {
+std::optional<ReciprocalMetric> TrialSearch::finestSubLattice(const Trial& trial) const {
   if (problem_.fitWindow.empty()) return std::nullopt;
-  const int n = std::min<int>(problem_.testLines, static_cast<int>(problem_.q.size()));
-  // A finer cell has a coarser reciprocal lattice, whose points are among the trial's: it indexes
-  // a test line when one of the trial's reflections within the line's window lies on it. The
-  // reflections are listed once per trial, and each of the sub-lattices is then a matter of
-  // whole-number tests.
+  const int n = static_cast<int>(problem_.q.size());
+  const int tests = std::min(problem_.testLines, n);
   std::vector<double> corrected(static_cast<std::size_t>(n));
-  double qMax = 0;
-  for (int i = 0; i < n; ++i) {
-    corrected[i] = problem_.q[i] - trial.zero * problem_.slope[i];
-    qMax = std::max(qMax, corrected[i] + problem_.fitWindow[i]);
+  for (int i = 0; i < n; ++i) corrected[i] = problem_.q[i] - trial.zero * problem_.slope[i];
+  // A finer cell has a coarser reciprocal lattice, whose points are among the trial's: it indexes
+  // a test line when one of the trial's reflections within the line's window lies on it. Those
+  // reflections are gathered once per trial (each reflection finds its windows by bisection;
+  // nothing else is kept or sorted), and each of the sub-lattices is then a matter of
+  // whole-number tests.
+  const auto size = static_cast<std::size_t>(tests);
+  std::vector<double> lo(size), hi(size), highestSoFar(size), lowestFrom(size);
+  for (int i = 0; i < tests; ++i) {
+    lo[i] = corrected[i] - problem_.fitWindow[i];
+    hi[i] = corrected[i] + problem_.fitWindow[i];
   }
-  const std::vector<CalculatedLine> reflections = calculatedLines(trial.metric, Centring::P, qMax);
-  std::vector<std::vector<std::array<int, 3>>> within(static_cast<std::size_t>(n));
-  for (int i = 0; i < n; ++i) {
-    const double lo = corrected[i] - problem_.fitWindow[i], hi = corrected[i] + problem_.fitWindow[i];
-    auto r = std::lower_bound(reflections.begin(), reflections.end(), lo,
-                              [](const CalculatedLine& line, double q) { return line.q < q; });
-    for (; r != reflections.end() && r->q <= hi; ++r) within[i].push_back({r->h, r->k, r->l});
-  }
+  // The windows widen with angle and overlap, so their ends need not ascend: the windows that
+  // can hold q start at the first whose highest end so far reaches it and stop before the first
+  // from which every low end lies above it.
+  for (int i = 0; i < tests; ++i) highestSoFar[i] = i == 0 ? hi[0] : std::max(highestSoFar[i - 1], hi[i]);
+  for (int i = tests - 1; i >= 0; --i) lowestFrom[i] = i == tests - 1 ? lo[i] : std::min(lowestFrom[i + 1], lo[i]);
+  std::vector<std::vector<std::array<int, 3>>> within(size);
+  forEachReflection(trial.metric, highestSoFar.back(), false, [&](int h, int k, int l, double q) {
+    for (auto i = std::lower_bound(highestSoFar.begin(), highestSoFar.end(), q) - highestSoFar.begin();
+         i < tests && lowestFrom[i] <= q; ++i)
+      if (lo[i] <= q && q <= hi[i]) within[i].push_back({h, k, l});
+  });
   // As many test lines as the trial indexes, abandoned at the first extra miss.
-  const int allowedMisses = n - trial.iq;
+  const auto allowedMisses = std::count_if(within.begin(), within.end(), [](const auto& c) { return c.empty(); });
   auto indexesAsMany = [&](const SubLattice& sub) {
-    int misses = 0;
+    long misses = 0;
     for (const auto& candidates : within)
       if (std::none_of(candidates.begin(), candidates.end(), [&](const auto& hkl) { return sub.contains(hkl); }) &&
           ++misses > allowedMisses)
         return false;
     return true;
   };
+  // And as many of the lines beyond them: when the test lines nearly all lie in one zone they say
+  // little about the axis out of it, and a finer lattice with that axis cut to a fraction indexes
+  // them as well (the h0l zone of a short-b cell took every b from 2.0 Å up: cells smaller than
+  // the true one, which took the refinements meant for it).
+  auto missesBeyond = [&](const ReciprocalMetric& metric) {
+    const NearestLineFinder lines(metric, Centring::P);
+    int misses = 0;
+    for (int i = tests; i < n; ++i) misses += lines.hasLine(corrected[i], problem_.fitWindow[i]) ? 0 : 1;
+    return misses;
+  };
+  // One more miss is allowed there: the trial was fitted to the test lines, and beyond them a
+  // line it indexes by an extra reflection of the super-cell can lie just outside the window of
+  // the finer lattice's own reflection (the primitive cell of a 2.94 × 7.42 × 13.8 Å C cell with
+  // a 0.05° zero error was lost so).
+  constexpr int kExtraMissesBeyond = 1;
+  std::optional<int> trialMissesBeyond;
   const Mat3 g = trial.metric.tensor();
   std::optional<ReciprocalMetric> finest;
-  for (int index = 2; index <= maxIndex; ++index)
-    for (const Mat3& h : hermiteNormalForms(index)) {
+  for (const std::vector<Mat3>& forms : subLatticeForms_)
+    for (const Mat3& h : forms) {
       if (!indexesAsMany(SubLattice(h))) continue;
-      finest = ReciprocalMetric::fromTensor(transpose(h) * g * h);
+      const ReciprocalMetric finer = ReciprocalMetric::fromTensor(transpose(h) * g * h);
+      if (!trialMissesBeyond) trialMissesBeyond = missesBeyond(trial.metric);
+      if (missesBeyond(finer) > *trialMissesBeyond + kExtraMissesBeyond || !withinLowerLimits(finer)) continue;
+      finest = finer;
       break;  // one per index; a finer one may follow
     }
   return finest;
+}
+
+void TrialSearch::setFinerLatticeIndex(int maxIndex) {
+  subLatticeForms_.clear();
+  for (int index = 2; index <= maxIndex; ++index) subLatticeForms_.push_back(hermiteNormalForms(index));
+}
+
+bool TrialSearch::withinLowerLimits(const ReciprocalMetric& metric) const {
+  const auto cell = cellFromMetric(metric);
+  if (!cell || cellVolume(*cell) < problem_.minVolume) return false;
+  const NiggliReduction reduced = niggliReduce(*cell, Centring::P, kClassificationTolerance);
+  return std::min({reduced.cell.a, reduced.cell.b, reduced.cell.c}) >= problem_.minEdge;
 }
 
 void TrialSearch::searchBaseSet(CrystalSystem system, const std::vector<int>& baseLines,

@@ -63,7 +63,7 @@ struct Trial {
   int iq = 0;                      // test lines indexed
   double zero = 0;                 // radians of 2θ, fitted with the cell to its test lines
   // A monoclinic trial that reaches IQ: the finest direct cell (coarsest reciprocal sub-lattice)
-  // that indexes as many test lines, when the search looks for one and finds one.
+  // that indexes as many of the trial lines, when the search looks for one and finds one.
   std::optional<ReciprocalMetric> finerLattice;
   bool crowded = false;  // reaches IQ among more calculated lines than the problem allows
 };
@@ -128,14 +128,18 @@ class TrialSearch {
   // `allowedMisses` of them.
   bool indexesLines(const ReciprocalMetric& metric, const std::vector<int>& lines, int allowedMisses) const;
 
-  // The coarsest reciprocal sub-lattice of the trial (a direct cell finer by index 2 to maxIndex)
-  // that indexes as many test lines, when there is one: a trial that took the base lines with
-  // multiplied indices describes a super-cell of the lattice.
-  std::optional<ReciprocalMetric> finestSubLattice(const Trial& trial, int maxIndex) const;
+  // The coarsest reciprocal sub-lattice of the trial (a direct cell finer by index 2 up to the
+  // finer-lattice index) that indexes as many of the trial lines, when there is one: a trial that
+  // took the base lines with multiplied indices describes a super-cell of the lattice.
+  std::optional<ReciprocalMetric> finestSubLattice(const Trial& trial) const;
+  // Whether the lattice's shortest vector and volume keep the lower limits of every trial: a
+  // finer lattice of a cell whose first lines all lie in one zone can index them as well with an
+  // axis of a fraction of an ångström.
+  bool withinLowerLimits(const ReciprocalMetric& metric) const;
   // Monoclinic trials that reach IQ, not crowded, get their `finerLattice` up to this index (0:
   // not looked for). A triclinic trial is refined as it is, and its refined cell is replaced
   // by a finer one there.
-  void setFinerLatticeIndex(int maxIndex) { finerIndex_ = maxIndex; }
+  void setFinerLatticeIndex(int maxIndex);
 
   // Labels a line of value q can carry with admissible parameters.
   std::vector<LabelRow> filterLabels(CrystalSystem system, const std::vector<LabelRow>& labels, double q) const;
@@ -189,7 +193,7 @@ class TrialSearch {
   std::unordered_set<std::uint64_t> seen_;
   WorkerPool* workers_ = nullptr;
   bool orbitPruning_ = true;
-  int finerIndex_ = 0;
+  std::vector<std::vector<Mat3>> subLatticeForms_;  // the Hermite normal forms of index 2, 3, ...
   long solved_ = 0;
   bool stopped_ = false;
 };
