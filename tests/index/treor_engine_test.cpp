@@ -250,6 +250,20 @@ TEST(TreorEngine, SmallCentredMonoclinicCellsFromTheirHhlZone) {
   for (const SyntheticCell& s : cells) expectCellFound(syntheticCase(s));
 }
 
+// An F-centred orthorhombic cell of 3.15 × 2.90 × 22.0 Å: its first lines are 00l and 11l, 200
+// and 020 come after the twelfth, so every set of three base lines is singular. The zone of the
+// face diagonal, split by a 20l line, gives the cell: with the impurity as the second line the
+// zone comes from the first line and the fourth base line, with a 0.05° zero (the 008 order then
+// escapes the echo's flag) from the fifth.
+TEST(TreorEngine, CentredCellWithTwoShortAxesFromItsDiagonalZone) {
+  const std::vector<double> noise{0.0, 0.01, 0.02}, zero{0.0, 0.05};
+  for (const IndexingCase& c : {benchmarkProblem(4, "oF λ1.5406 σ0.00 z0.00", noise, zero),
+                                benchmarkProblem(4, "oF λ1.5406 σ0.01 z0.05", noise, zero)}) {
+    ASSERT_EQ(c.centring, Centring::F);
+    EXPECT_TRUE(knownCellFound(c, indexWithTreor(c), 4)) << c.name;
+  }
+}
+
 // The first ten lines of this C cell are 00l: zones solved from the orders of one line are nearly
 // singular, and line tests on them ran through millions of indices (over four minutes). They are
 // now left out before any line test; the run goes through the monoclinic stage and ends normally.

@@ -793,13 +793,30 @@ class TreorRunner {
     for (int h = 0; h <= 2; ++h)
       for (int k = 0; k <= 2; ++k)
         for (int l = 1; l <= 2; ++l) third.push_back({h, k, l});
-    completeZones(CrystalSystem::Orthorhombic, rectangularZones(CrystalSystem::Orthorhombic, 2), {2}, third,
-                  "ORTHORHOMBIC", "XYZ=");
+    const auto zones = rectangularZones(CrystalSystem::Orthorhombic, 2);
+    completeZones(CrystalSystem::Orthorhombic, zones, {2}, third, "ORTHORHOMBIC", "XYZ=");
+    // Two short axes in a centred face and a long one put the first lines in the 00l and hhl
+    // rows of the zone through the face diagonal (an F cell of 3.15 × 2.90 × 22.0 Å: 200 and
+    // 020 come after the twelfth line), where no base-line set is regular. Each zone is taken,
+    // either way round, as that diagonal zone and split as the C face of a cell. The first
+    // base lines can all be 00l orders (the fourth order of a zero-shifted pattern escapes the
+    // echo's flag) or an impurity: the pairs with the fourth to sixth base lines count too.
+    std::vector<ReciprocalMetric> diagonalZones;
+    auto withLater = zones;
+    for (const ReciprocalMetric& z :
+         rectangularZones(CrystalSystem::Orthorhombic, 2, {{1, 4}, {2, 4}, {3, 4}, {1, 5}, {2, 5}, {1, 6}, {2, 6}}))
+      withLater.push_back(z);
+    for (const ReciprocalMetric& z : withLater) {
+      diagonalZones.push_back({z.A, 0, z.B, 0, 0, 0});
+      diagonalZones.push_back({z.B, 0, z.A, 0, 0, 0});
+    }
+    completeCentredZones(CrystalSystem::Orthorhombic, diagonalZones, "ORTHORHOMBIC", "XYZ=");
   }
 
   // Rectangular zones (the two axes other than `missingAxis`, no cross term) solved from each
   // pair of the first three base lines, taken with orthorhombic indices 0 along that axis.
-  std::vector<ReciprocalMetric> rectangularZones(CrystalSystem system, int missingAxis) {
+  std::vector<ReciprocalMetric> rectangularZones(CrystalSystem system, int missingAxis,
+                                                 const BaseSets& pairs = {{1, 2}, {1, 3}, {2, 3}}) {
     std::vector<LabelRow> zoneLabels;
     for (const LabelRow& row : labelTable(CrystalSystem::Orthorhombic, 4, 6))
       if (row.hkl[static_cast<std::size_t>(missingAxis)] == 0) zoneLabels.push_back(row);
@@ -807,7 +824,7 @@ class TreorRunner {
     for (int axis = 0; axis < 3; ++axis)
       if (axis != missingAxis) zoneAxes.push_back(axis);
     std::vector<ReciprocalMetric> zones;
-    for (const auto& set : BaseSets{{1, 2}, {1, 3}, {2, 3}}) {
+    for (const auto& set : pairs) {
       const auto lines = baseLines(set);
       if (lines.empty()) continue;
       std::vector<std::vector<std::array<int, 3>>> rows(2);
@@ -1079,7 +1096,7 @@ class TreorRunner {
       addZones(zones, CrystalSystem::Monoclinic, ReciprocalMetric{}, {0, 2, 4}, lines, rows);
     }
     completeZones(CrystalSystem::Monoclinic, zones, {1}, withK, "MONOCLINIC DOMINANT ZONE", "XYZU=");
-    completeCentredZones(zones);
+    completeCentredZones(CrystalSystem::Monoclinic, zones, "MONOCLINIC DOMINANT ZONE", "XYZU=");
   }
 
   // A short a (or c: the same lattice with its axes named the other way) puts the first lines in
@@ -1102,11 +1119,14 @@ class TreorRunner {
   // primitive). Each of the first lines the zone leaves out (past the test lines when it indexes
   // them alone), taken as 0kl or h0l with k, h = 2, splits S: q = h²A + k²(S − A) + l²C + hlE.
   // The zone indexes most test lines alone, so nearly any split passes them: the C lattice of a
-  // split must index every trial line but NIX.
-  void completeCentredZones(const std::vector<ReciprocalMetric>& zones) {
+  // split must index every trial line but NIX. (Orthorhombic zones have E = 0, and their l runs
+  // further: the third axis is the long one.)
+  void completeCentredZones(CrystalSystem system, const std::vector<ReciprocalMetric>& zones,
+                            const std::string& family, const char* name) {
+    const bool orthorhombic = system == CrystalSystem::Orthorhombic;
     std::vector<std::array<int, 3>> split;
     for (const auto& [h, k] : {std::pair{0, 2}, {2, 0}})
-      for (int l = -2; l <= 2; ++l) split.push_back({h, k, l});
+      for (int l = orthorhombic ? 0 : -2; l <= (orthorhombic ? 4 : 2); ++l) split.push_back({h, k, l});
     search_->searchPieces(
         zones.size(),
         [&](std::size_t i, const TrialOffer& offer) {
@@ -1118,7 +1138,7 @@ class TreorRunner {
               const double a = (problem_.q[line] - k * k * zone.A - l * l * zone.C - h * l * zone.E) / (h * h - k * k);
               if (a <= 0 || a >= zone.A) continue;
               Trial trial;
-              trial.system = CrystalSystem::Monoclinic;
+              trial.system = system;
               trial.metric = ReciprocalMetric{a, zone.A - a, zone.C, 0, zone.E, 0};
               trial.parameters = parametersFromMetric(trial.system, trial.metric);
               trial.lines = {line};
@@ -1129,7 +1149,7 @@ class TreorRunner {
               if (!offer(trial)) return;
             }
         },
-        sinkFor("MONOCLINIC DOMINANT ZONE", "XYZU="));
+        sinkFor(family, name));
   }
 
   // After a base-line set whose trials passed the IQ test more than kPassesBeforeLowerLimit
