@@ -310,6 +310,19 @@ TEST(TreorEngine, ZeroErrorOfTheLinesIsCorrectedAndReported) {
   }
 }
 
+// A monoclinic cell of 5.82 × 2.63 × 8.29 Å, 0.01° noise and a 0.05° zero. A triclinic finer
+// lattice of a wrong orthorhombic cell reaches M20 27 and must not end the search before the
+// monoclinic stage. There, wrong cells just above MERIT refine a zero near nothing, while the
+// best cells refine 0.06°: the best cell decides, and the stage goes on to the +0.05° correction.
+// In that pass the h0l zone lies under every test line, and finer lattices of its trials with b
+// cut to a fraction index them as well; they must index the lines beyond too, or they take the
+// refinements meant for the cell.
+TEST(TreorEngine, TheBestCellDecidesWhetherTheZeroIsSettled) {
+  const IndexingCase c = benchmarkProblem(4, "mP λ1.5406 σ0.01 z0.05", {0.0, 0.01, 0.02}, {0.0, 0.05});
+  ASSERT_FALSE(c.twoTheta.empty());
+  EXPECT_TRUE(knownCellFound(c, indexWithTreor(c), 4));
+}
+
 // Once an accepted cell has refined a zero the lines determine, the correction nearest it is the
 // next one tried: a pattern 0.05° low is searched again at −0.05°, not first at +0.05°.
 TEST(TreorEngine, TheCorrectionNearestTheRefinedZeroComesNext) {

@@ -103,17 +103,22 @@ class TreorRunner {
     search_ = &search;
     const bool allSystems = k_.vol < 0;
     // Progress is the share of the run a stage usually takes when every stage runs.
-    runStage("CUBIC", 0.0, 0.01, [this] { cubic(); });
+    runStage("CUBIC", CrystalSystem::Cubic, 0.0, 0.01, [this] { cubic(); });
     // Tetragonal and hexagonal lattices have the same two parameters: a tetragonal cell does not
     // make the hexagonal test redundant (a large tetragonal cell can index a small hexagonal
     // cell's lines convincingly), so KS is asked only after both.
     if (!stop(k_.ks, sparseCubicMerit_)) {
-      runStage("TETRAGONAL", 0.01, 0.02, [this] { twoParameter(CrystalSystem::Tetragonal, "TETRAGONAL"); });
-      runStage("HEXAGONAL", 0.02, 0.03, [this] { twoParameter(CrystalSystem::Hexagonal, "HEXAGONAL"); });
+      runStage("TETRAGONAL", CrystalSystem::Tetragonal, 0.01, 0.02,
+               [this] { twoParameter(CrystalSystem::Tetragonal, "TETRAGONAL"); });
+      runStage("HEXAGONAL", CrystalSystem::Hexagonal, 0.02, 0.03,
+               [this] { twoParameter(CrystalSystem::Hexagonal, "HEXAGONAL"); });
     }
-    if (!stop(k_.ks, convincingMerit_)) runStage("ORTHORHOMBIC", 0.03, 0.1, [this] { orthorhombic(); });
-    if (allSystems && !stop(k_.ks, convincingMerit_)) runStage("MONOCLINIC", 0.1, 0.4, [this] { monoclinic(); });
-    if (allSystems && !stop(k_.ths, convincingMerit_)) runStage("TRICLINIC", 0.4, 1.0, [this] { triclinic(); });
+    if (!stop(k_.ks, convincingMerit_))
+      runStage("ORTHORHOMBIC", CrystalSystem::Orthorhombic, 0.03, 0.1, [this] { orthorhombic(); });
+    if (allSystems && !stop(k_.ks, convincingMerit_))
+      runStage("MONOCLINIC", CrystalSystem::Monoclinic, 0.1, 0.4, [this] { monoclinic(); });
+    if (allSystems && !stop(k_.ths, convincingMerit_))
+      runStage("TRICLINIC", CrystalSystem::Triclinic, 0.4, 1.0, [this] { triclinic(); });
     result_.interrupted = search.stopped();
     if (result_.interrupted) out(" CALCULATIONS INTERRUPTED BY THE USER");
     summary();
@@ -154,7 +159,12 @@ class TreorRunner {
   // cubic super-cells (a 6.76 × 6.54 Å hexagonal R cell was indexed by a 10.69 Å cubic I cell at
   // M20 57, a 16.3 × 2.50 Å one by an 11.54 Å cubic I cell), which the hexagonal stage tells
   // apart. The two-parameter stages then take 10-80 ms more.
+  // A cell of a lower metric symmetry than the stage (a finer lattice that replaced an
+  // orthorhombic super-cell) ends nothing: the stages of its own system are still to run. (A
+  // triclinic finer lattice of a wrong orthorhombic cell reached M20 27 and ended the search
+  // before the monoclinic stage, which finds the 5.82 × 2.63 × 8.29 Å cell at M20 77.)
   void noteConvincing(const TreorCell& stored, const RefinedTrial& refined) {
+    if (freeParameterCount(stored.metricSystem) > freeParameterCount(stageSystem_)) return;
     const int refinedLines = std::min<int>(lines_.refineLines, static_cast<int>(lines_.q.size()));
     if (refinedLines - refined.refinement.indexedLines > k_.nix) return;
     if (refined.figure.calculated > kConvincingLinesFactor * refined.figure.lines) return;
@@ -262,38 +272,37 @@ class TreorRunner {
     observed_ = lines_;
   }
 
-  // A cell accepted in this stage whose refined zero is one of the corrections tried: the
-  // trials have seen the lines with their zero error taken off. Only a zero the lines determine
-  // counts (one whose significance limit lies within the agreement asked for): with a large
-  // cell whose lines all lie at low angles the zero and the edges are nearly one parameter, the
-  // zero refines to nothing within a few hundredths of a degree, and
-  // the cell takes up the zero error (edges 0.2-0.4 % short at a 0.05° zero). The other
-  // corrections are then tried, and M20 ranks the cells they give.
+  // The corrections are tried until the best cell accepted in the stage has refined a zero that
+  // one of them agrees with: the trials have then seen the lines with their zero error taken off.
+  // Only a zero the lines determine counts (one whose significance limit lies within the
+  // agreement asked for): with a large cell whose lines all lie at low angles the zero and the
+  // edges are nearly one parameter, the zero refines to nothing within a few hundredths of a
+  // degree, and the cell takes up the zero error (edges 0.2-0.4 % short at a 0.05° zero). The
+  // other corrections are then tried, and M20 ranks the cells they give. (Letting any other
+  // correction that lies outside the zero's own significance limit count as ruled out ended the
+  // tries on the zero of a wrong super-cell at M20 20, determined to 0.02°.) The best cell
+  // decides, not any: a wrong cell just above MERIT refines some zero of its own (a triclinic
+  // cell at M20 14 refined none on a pattern 0.05° off and ended the tries before the monoclinic
+  // cell was reached, while cells at M20 41 had refined 0.06°).
   void noteAcceptedZero(const TreorCell& cell) {
-    if (kSignificantZero * cell.zeroSigma <= kZeroSettled) stageAcceptedZeros_.push_back(cell.zero);
+    if (kSignificantZero * cell.zeroSigma > kZeroSettled) return;
+    if (!bestAcceptedZero_ || cell.m20 > bestAcceptedZero_->m20) bestAcceptedZero_ = {cell.m20, cell.zero};
   }
 
-  // The corrections are tried in their order (the lines as given first) until a cell accepted in
-  // the stage has refined a zero the lines determine: the correction nearest that zero comes next,
-  // as the one that can settle the stage (a pattern 0.05° low was otherwise searched at +0.05°
-  // before −0.05°, a third of its monoclinic time).
+  // The corrections are tried in their order (the lines as given first) until the zero is
+  // settled, the correction nearest the best cell's refined zero first (a pattern 0.05° low was
+  // otherwise searched at +0.05° before −0.05°, a third of its monoclinic time).
   std::vector<double>::const_iterator nextZeroCorrection(const std::vector<double>& untried) const {
-    auto next = untried.begin();
-    double nearest = std::numeric_limits<double>::infinity();
-    for (const double accepted : stageAcceptedZeros_)
-      for (auto it = untried.begin(); it != untried.end(); ++it)
-        if (std::abs(accepted - *it) < nearest) {
-          nearest = std::abs(accepted - *it);
-          next = it;
-        }
-    return next;
+    if (!bestAcceptedZero_) return untried.begin();
+    return std::min_element(untried.begin(), untried.end(), [&](double x, double y) {
+      return std::abs(bestAcceptedZero_->zero - x) < std::abs(bestAcceptedZero_->zero - y);
+    });
   }
 
   bool zeroSettled(const std::vector<double>& tried) const {
-    for (const double accepted : stageAcceptedZeros_)
-      for (const double zero : tried)
-        if (std::abs(accepted - zero) <= kZeroSettled) return true;
-    return false;
+    return bestAcceptedZero_ && std::any_of(tried.begin(), tried.end(), [&](double zero) {
+             return std::abs(bestAcceptedZero_->zero - zero) <= kZeroSettled;
+           });
   }
 
   // The lines with a zero correction taken off their angles, for the trials and the refinement.
@@ -353,9 +362,10 @@ class TreorRunner {
   }
 
   template <typename Stage>
-  void runStage(const std::string& name, double from, double to, Stage stage) {
+  void runStage(const std::string& name, CrystalSystem system, double from, double to, Stage stage) {
     if (!search_->keepGoing()) return;
     stageName_ = name + " TEST";
+    stageSystem_ = system;
     stageFrom_ = from;
     stageTo_ = to;
     if (shell_) shell_->progress(from, stageName_);
@@ -365,7 +375,7 @@ class TreorRunner {
     passesInStage_ = 0;
     volumeLimit_ = std::abs(k_.vol);
     out(" MAX. VOLUME=" + formatF(volumeLimit_, 10, 1));
-    stageAcceptedZeros_.clear();
+    bestAcceptedZero_.reset();
     std::vector<double> untried(std::begin(kZeroCorrections), std::end(kZeroCorrections));
     std::vector<double> tried;
     while (!untried.empty()) {
@@ -644,8 +654,8 @@ class TreorRunner {
     if (stored.accepted) {
       accept(best.system, metric, stored);
       noteAcceptedZero(stored);
-      noteConvincing(stored, refined);
       stored.metricSystem = latticeSymmetry(stored.cell, Centring::P).system;
+      noteConvincing(stored, refined);
       // The cycles of the acceptance can settle on a lattice accepted before (trials of several
       // lattices that meet in one well-fitting cell); listed again it would crowd out the others.
       if (knownLattice(stored.cell, true) != nullptr) return true;
@@ -1283,11 +1293,16 @@ class TreorRunner {
   TrialSearch* search_ = nullptr;
   double volumeLimit_ = 0;
   std::string stageName_;
+  CrystalSystem stageSystem_ = CrystalSystem::Cubic;
   double stageFrom_ = 0, stageTo_ = 0;  // progress at the start and the end of the stage
   int refinedInPass_ = 0, passesInStage_ = 0, accepted_ = 0;
   double convincingMerit_ = 0;   // the best M20 of the convincing cells
   double sparseCubicMerit_ = 0;  // the same of the cubic ones that leave few lines unseen
-  std::vector<double> stageAcceptedZeros_;  // refined zeros of the cells accepted in this stage
+  struct AcceptedZero {
+    double m20 = 0, zero = 0;
+  };
+  // The best cell accepted in this stage with a zero the lines determine, and that zero.
+  std::optional<AcceptedZero> bestAcceptedZero_;
   int passIndex_ = 0;                       // the zero correction the stage is at
   std::map<std::string, int> familyCounts_;
   std::vector<PendingTrial> pending_;  // trials of the current pass waiting for refinement
