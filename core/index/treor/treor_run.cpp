@@ -1271,11 +1271,17 @@ class TreorRunner {
   void rankAccepted() {
     out(" ");
     out(" ACCEPTED CELLS, BEST FIRST (M20, A THIRD LESS PER EXTRA FREE PARAMETER OF THE LATTICE):");
-    for (const TreorCell* c : rankedAcceptedCells(result_.cells))
-      out(" " + padRight(toUpper(crystalSystemName(c->metricSystem)), 14) + formatF(c->cell.a, 10, 5) +
-          formatF(c->cell.b, 10, 5) + formatF(c->cell.c, 10, 5) + formatF(c->cell.alpha, 9, 3) +
-          formatF(c->cell.beta, 9, 3) + formatF(c->cell.gamma, 9, 3) + formatF(c->volume, 10, 2) + "  M20=" +
-          formatF(c->m20, 7, 1));
+    // M20 has room for the millions that noise-free lines reach.
+    for (const TreorCell* c : rankedAcceptedCells(result_.cells)) {
+      std::string line = " ";
+      line += padRight(toUpper(crystalSystemName(c->metricSystem)), 14);
+      for (const double edge : {c->cell.a, c->cell.b, c->cell.c}) line += formatF(edge, 10, 5);
+      for (const double angle : {c->cell.alpha, c->cell.beta, c->cell.gamma}) line += formatF(angle, 9, 3);
+      line += formatF(c->volume, 10, 2);
+      line += "  M20=";
+      line += formatF(c->m20, 10, 1);
+      out(std::move(line));
+    }
   }
 
   const TreorInput& input_;
