@@ -67,29 +67,34 @@ void printSummary(const std::string& title, const std::vector<CaseResult>& resul
   fmt::print("\n{} ({} problems)\n", title, results.size());
   if (listing.each)
     for (const CaseResult& r : results)
-      fmt::print("  {:>10.1f} ms  {:<9} {}{}\n", 1e3 * r.seconds, r.found ? "found" : "not found", r.name,
-                 r.determinable ? "" : " (not determinable)");
+      fmt::print("  {:>10.1f} ms  {:<9} {}{}{}\n", 1e3 * r.seconds, r.found ? "found" : "not found", r.name,
+                 r.determinable ? "" : " (not determinable)", r.sameLines ? " (same lines)" : "");
   // "determinable": the cases whose lines fix the known cell (refined from itself it is found);
-  // the last column is the success rate among those.
-  fmt::print("{:<14} {:>6} {:>6} {:>9} {:>12} {:>12} {:>7} {:>9}\n", "system", "cases", "found", "success",
-             "median (ms)", "worst (ms)", "determ.", "of those");
-  int cases = 0, found = 0, determinable = 0, foundDeterminable = 0;
+  // "of those" is the success rate among them, "+ same" the rate when an engine's first cell that
+  // gives the known cell's line positions (another lattice the lines cannot tell from it) counts.
+  fmt::print("{:<14} {:>6} {:>6} {:>9} {:>12} {:>12} {:>7} {:>9} {:>8}\n", "system", "cases", "found", "success",
+             "median (ms)", "worst (ms)", "determ.", "of those", "+ same");
+  int cases = 0, found = 0, determinable = 0, foundDeterminable = 0, sameLines = 0;
   const auto rate = [](int n, int of) { return of > 0 ? 100.0 * n / of : 0.0; };
   for (const SystemSummary& s : summariseBySystem(results)) {
-    fmt::print("{:<14} {:>6} {:>6} {:>8.1f}% {:>12.3f} {:>12.3f} {:>7} {:>8.1f}%\n", crystalSystemName(s.system), s.cases,
-               s.found, rate(s.found, s.cases), 1e3 * s.medianSeconds, 1e3 * s.worstSeconds, s.determinable,
-               rate(s.foundDeterminable, s.determinable));
+    fmt::print("{:<14} {:>6} {:>6} {:>8.1f}% {:>12.3f} {:>12.3f} {:>7} {:>8.1f}% {:>7.1f}%\n", crystalSystemName(s.system),
+               s.cases, s.found, rate(s.found, s.cases), 1e3 * s.medianSeconds, 1e3 * s.worstSeconds, s.determinable,
+               rate(s.foundDeterminable, s.determinable),
+               rate(s.foundDeterminable + s.sameLinesDeterminable, s.determinable));
     cases += s.cases;
     found += s.found;
     determinable += s.determinable;
     foundDeterminable += s.foundDeterminable;
+    sameLines += s.sameLinesDeterminable;
   }
   if (cases > 0)
-    fmt::print("{:<14} {:>6} {:>6} {:>8.1f}% {:>25} {:>7} {:>8.1f}%\n", "all", cases, found, rate(found, cases), "",
-               determinable, rate(foundDeterminable, determinable));
+    fmt::print("{:<14} {:>6} {:>6} {:>8.1f}% {:>25} {:>7} {:>8.1f}% {:>7.1f}%\n", "all", cases, found, rate(found, cases),
+               "", determinable, rate(foundDeterminable, determinable), rate(foundDeterminable + sameLines, determinable));
   if (listing.failures)
     for (const CaseResult& r : results)
-      if (!r.found) fmt::print("  not found: {}{}\n", r.name, r.determinable ? "" : " (not determinable)");
+      if (!r.found)
+        fmt::print("  not found: {}{}{}\n", r.name, r.determinable ? "" : " (not determinable)",
+                   r.sameLines ? " (same lines)" : "");
 }
 
 void keepMatching(std::vector<IndexingCase>& cases, const std::string& filter) {

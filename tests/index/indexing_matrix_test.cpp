@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "core/index/benchmark/indexing_matrix.h"
 #include "core/index/lattice/synthetic_lines.h"
 #include "tests/support/test_support.h"
@@ -70,6 +72,31 @@ TEST(LatticeIndexingMatrix, CellsWhoseLinesLeaveAnAxisFreeAreNotDeterminable) {
   EXPECT_FALSE(results[0].determinable);
   EXPECT_TRUE(results[1].determinable);
   EXPECT_FALSE(results[1].found);
+}
+
+// A primitive orthorhombic cell with a = √3 b gives the lines of the hexagonal cell of twice its
+// volume (a = 2b): the lines cannot choose, and an engine that answers with the hexagonal cell has
+// not failed. A cell of another shape, or a super-cell with lines of its own, is no such answer.
+TEST(LatticeIndexingMatrix, AnotherLatticeWithTheSameLinePositionsIsTold) {
+  IndexingCase c;
+  c.name = "oP a = √3 b";
+  c.system = CrystalSystem::Orthorhombic;
+  const double b = 2.793;
+  c.knownCell = {std::sqrt(3.0) * b, b, 16.84, 90, 90, 90};
+  SyntheticLineOptions lines;
+  lines.maxLines = 25;
+  c.twoTheta = syntheticLines(c.knownCell, Centring::P, lines);
+  EXPECT_TRUE(sameLinePositions(c, {{2 * b, 2 * b, 16.84, 90, 90, 120}, Centring::P, 100}));
+  EXPECT_FALSE(sameLinePositions(c, {{2 * b, 2 * b, 16.90, 90, 90, 120}, Centring::P, 100}));
+  EXPECT_FALSE(sameLinePositions(c, {{std::sqrt(3.0) * b, b, 2 * 16.84, 90, 90, 90}, Centring::P, 100}));
+
+  const auto results = runIndexingMatrix(
+      [&](const IndexingCase&) { return std::vector<CandidateCell>{{{2 * b, 2 * b, 16.84, 90, 90, 120}, Centring::P, 100}}; },
+      {c});
+  ASSERT_EQ(results.size(), 1u);
+  EXPECT_FALSE(results[0].found);
+  EXPECT_TRUE(results[0].sameLines);
+  EXPECT_EQ(summariseBySystem(results)[0].sameLinesDeterminable, 1);
 }
 
 TEST(LatticeIndexingMatrix, CaseFileErrorsNameTheFileAndLine) {

@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "core/index/lattice/calculated_lines.h"
 #include "core/index/lattice/figures_of_merit.h"
 #include "core/index/lattice/lattice_relations.h"
 #include "core/index/lattice/metric_refinement.h"
@@ -109,14 +110,47 @@ bool knownCellFound(const IndexingCase& problem, const std::vector<CandidateCell
   return false;
 }
 
+namespace {
+
+// The distinct line positions (2θ) of a lattice up to a limit, ascending.
+std::vector<double> linePositions(const CellParameters& cell, Centring centring, double wavelength, double qMax) {
+  std::vector<double> twoTheta;
+  for (const double q : distinctValues(calculatedLines(metricFromCell(cell), centring, qMax)))
+    twoTheta.push_back(twoThetaFromQ(q, wavelength));
+  return twoTheta;
+}
+
+// Every value of `a` up to `last` within the tolerance of a value of `b` (both ascending).
+bool everyLineMatched(const std::vector<double>& a, const std::vector<double>& b, double last, double tolerance) {
+  return std::all_of(a.begin(), std::upper_bound(a.begin(), a.end(), last), [&](double t) {
+    const auto near = std::lower_bound(b.begin(), b.end(), t - tolerance);
+    return near != b.end() && *near <= t + tolerance;
+  });
+}
+
+}  // namespace
+
+bool sameLinePositions(const IndexingCase& problem, const CandidateCell& candidate, double toleranceTwoTheta) {
+  if (problem.twoTheta.empty()) return false;
+  // Up to the last observed line; each list a tolerance further, so that a line just above the
+  // limit still answers one just below it.
+  const double last = problem.twoTheta.back();
+  const double qMax = qFromTwoTheta(last + toleranceTwoTheta, problem.wavelength);
+  const auto known = linePositions(problem.knownCell, problem.centring, problem.wavelength, qMax);
+  const auto other = linePositions(candidate.cell, candidate.centring, problem.wavelength, qMax);
+  return everyLineMatched(known, other, last, toleranceTwoTheta) && everyLineMatched(other, known, last, toleranceTwoTheta);
+}
+
 std::vector<CaseResult> runIndexingMatrix(const IndexingEngine& engine, const std::vector<IndexingCase>& cases, int top) {
   std::vector<CaseResult> results;
   for (const IndexingCase& c : cases) {
     const auto start = std::chrono::steady_clock::now();
     const auto candidates = engine(c);
     const auto stop = std::chrono::steady_clock::now();
-    results.push_back({c.name, c.system, knownCellFound(c, candidates, top),
-                       std::chrono::duration<double>(stop - start).count(), knownCellFound(c, refineKnownCell(c), 1)});
+    CaseResult r{c.name, c.system, knownCellFound(c, candidates, top),
+                 std::chrono::duration<double>(stop - start).count(), knownCellFound(c, refineKnownCell(c), 1)};
+    r.sameLines = !r.found && !candidates.empty() && sameLinePositions(c, candidates.front());
+    results.push_back(r);
   }
   return results;
 }
@@ -133,6 +167,7 @@ std::vector<SystemSummary> summariseBySystem(const std::vector<CaseResult>& resu
       s.found += r.found;
       s.determinable += r.determinable;
       s.foundDeterminable += r.found && r.determinable;
+      s.sameLinesDeterminable += r.sameLines && r.determinable;
       times.push_back(r.seconds);
     }
     if (times.empty()) continue;

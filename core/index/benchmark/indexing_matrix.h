@@ -46,6 +46,12 @@ inline constexpr double kKnownCellTolerance = 1e-2;
 bool knownCellFound(const IndexingCase& problem, const std::vector<CandidateCell>& candidates, int top = 4,
                     double tolerance = kKnownCellTolerance);
 
+// Whether a candidate's lattice gives the same line positions as the known one up to the last
+// observed line (every value of either within `toleranceTwoTheta` of one of the other): a
+// geometric ambiguity, where the lines alone cannot choose (a primitive orthorhombic cell with
+// a = √3 b and the hexagonal cell of twice its volume).
+bool sameLinePositions(const IndexingCase& problem, const CandidateCell& candidate, double toleranceTwoTheta = 0.02);
+
 struct CaseResult {
   std::string name;
   CrystalSystem system;
@@ -54,6 +60,8 @@ struct CaseResult {
   // The known cell refined from itself is among the lines' solutions: false when the lines do
   // not fix every parameter of it (no line depends on one axis), so no engine can find it.
   bool determinable = true;
+  // Not found, but the first candidate gives the same line positions (sameLinePositions).
+  bool sameLines = false;
 };
 
 struct SystemSummary {
@@ -62,6 +70,7 @@ struct SystemSummary {
   int found = 0;
   int determinable = 0;
   int foundDeterminable = 0;  // found among the determinable ones
+  int sameLinesDeterminable = 0;  // of the others, those whose first candidate gives the same lines
   double medianSeconds = 0;
   double worstSeconds = 0;
 };
