@@ -43,7 +43,6 @@ bool RowMinimum::rowsReaching(int h, double target, int& lo, int& hi) const {
   return lo <= hi;
 }
 
-
 void calculatedLines(const ReciprocalMetric& m, Centring centring, double qMax, std::vector<CalculatedLine>& out) {
   out.clear();
   forEachReflection(m, qMax, false, [&](int h, int k, int l, double q) {

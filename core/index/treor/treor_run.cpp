@@ -553,8 +553,8 @@ class TreorRunner {
     const int allowed = std::max(current.result.figure.unindexed, k_.nix);
     const std::vector<double> q = firstLinesCorrected(current.result.refinement.zero);
     Refined best = current;
-    for (int n = 2; n <= kMaxSubCellIndex; ++n)
-      for (const Mat3& h : hermiteNormalForms(n)) {
+    for (const std::vector<Mat3>& forms : search_->subLatticeForms())
+      for (const Mat3& h : forms) {
         const ReciprocalMetric m = ReciprocalMetric::fromTensor(transpose(h) * g * h);
         if (!indexesFirstLines(m, q, allowed) || !search_->withinLowerLimits(m)) continue;
         Refined sub{CrystalSystem::Triclinic, m, refineTrial(lines_, CrystalSystem::Triclinic, m)};
@@ -818,18 +818,15 @@ class TreorRunner {
     // Two short axes in a centred face and a long one put the first lines in the 00l and hhl
     // rows of the zone through the face diagonal (an F cell of 3.15 × 2.90 × 22.0 Å: 200 and
     // 020 come after the twelfth line), where no base-line set is regular. Each zone is taken,
-    // either way round, as that diagonal zone and split as the C face of a cell. The first
-    // base lines can all be 00l orders (the fourth order of a zero-shifted pattern escapes the
-    // echo's flag) or an impurity: the pairs with the fourth to sixth base lines count too.
+    // either way round (the zones come in both orders, each line taken along either axis), as
+    // that diagonal zone and split as the C face of a cell. The first base lines can all be 00l
+    // orders (the fourth order of a zero-shifted pattern escapes the echo's flag) or an impurity:
+    // the pairs with the fourth to sixth base lines count too.
     std::vector<ReciprocalMetric> diagonalZones;
-    auto withLater = zones;
+    for (const ReciprocalMetric& z : zones) diagonalZones.push_back({z.A, 0, z.B, 0, 0, 0});
     for (const ReciprocalMetric& z :
          rectangularZones(CrystalSystem::Orthorhombic, 2, {{1, 4}, {2, 4}, {3, 4}, {1, 5}, {2, 5}, {1, 6}, {2, 6}}))
-      withLater.push_back(z);
-    for (const ReciprocalMetric& z : withLater) {
       diagonalZones.push_back({z.A, 0, z.B, 0, 0, 0});
-      diagonalZones.push_back({z.B, 0, z.A, 0, 0, 0});
-    }
     completeCentredZones(CrystalSystem::Orthorhombic, diagonalZones, "ORTHORHOMBIC", "XYZ=");
   }
 

@@ -63,7 +63,8 @@ struct Trial {
   int iq = 0;                      // test lines indexed
   double zero = 0;                 // radians of 2θ, fitted with the cell to its test lines
   // A monoclinic trial that reaches IQ: the finest direct cell (coarsest reciprocal sub-lattice)
-  // that indexes as many of the trial lines, when the search looks for one and finds one.
+  // that indexes as many test lines and all but one more of the lines beyond them, when the
+  // search looks for one and finds one.
   std::optional<ReciprocalMetric> finerLattice;
   bool crowded = false;  // reaches IQ among more calculated lines than the problem allows
 };
@@ -129,8 +130,9 @@ class TrialSearch {
   bool indexesLines(const ReciprocalMetric& metric, const std::vector<int>& lines, int allowedMisses) const;
 
   // The coarsest reciprocal sub-lattice of the trial (a direct cell finer by index 2 up to the
-  // finer-lattice index) that indexes as many of the trial lines, when there is one: a trial that
-  // took the base lines with multiplied indices describes a super-cell of the lattice.
+  // finer-lattice index) that indexes as many test lines and all but one more of the lines beyond
+  // them, when there is one: a trial that took the base lines with multiplied indices describes
+  // a super-cell of the lattice.
   std::optional<ReciprocalMetric> finestSubLattice(const Trial& trial) const;
   // Whether the lattice's shortest vector and volume keep the lower limits of every trial: a
   // finer lattice of a cell whose first lines all lie in one zone can index them as well with an
@@ -140,6 +142,8 @@ class TrialSearch {
   // not looked for). A triclinic trial is refined as it is, and its refined cell is replaced
   // by a finer one there.
   void setFinerLatticeIndex(int maxIndex);
+  // The Hermite normal forms of index 2 up to that index, one list per index, worked out once.
+  const std::vector<std::vector<Mat3>>& subLatticeForms() const { return subLatticeForms_; }
 
   // Labels a line of value q can carry with admissible parameters.
   std::vector<LabelRow> filterLabels(CrystalSystem system, const std::vector<LabelRow>& labels, double q) const;
