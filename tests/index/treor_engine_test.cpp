@@ -206,6 +206,32 @@ TEST(TreorEngine, ConvincingWrongCellsOfHigherSystemsDoNotEndTheSearch) {
   }
 }
 
+// Wrong cells that fit the lines convincingly by M20 but not as the lines allow. A hexagonal
+// cell of 19.31 × 3.21 Å indexes every line of an I-centred 8.36 × 9.66 × 3.21 Å cell (a near
+// b√3/2) among 2.6 calculated lines per line; an orthorhombic 8.42 × 20.54 × 3.54 Å cell indexes
+// a monoclinic 4.81 × 20.54 × 3.74 Å pattern at M20 123 with a misfit a thousand times that of a
+// cell of the same stage which fits its first 20 lines exactly. Neither may end the search.
+TEST(TreorEngine, CellsThatForceTheLinesDoNotEndTheSearch) {
+  const std::vector<double> noise{0.0, 0.01, 0.02}, zero{0.0, 0.05};
+  const IndexingCase pseudoHexagonal = benchmarkProblem(11, "oI λ1.5406 σ0.00 z0.00 imp1 miss1 #2", noise, zero, 2);
+  const IndexingCase shortAxis = benchmarkProblem(13, "mP λ1.5406 σ0.00 z0.00 imp1 miss1", noise, zero, 2);
+  ASSERT_EQ(pseudoHexagonal.centring, Centring::I);
+  ASSERT_EQ(shortAxis.system, CrystalSystem::Monoclinic);
+  for (const IndexingCase& c : {pseudoHexagonal, shortAxis}) EXPECT_TRUE(knownCellFound(c, indexWithTreor(c), 4)) << c.name;
+}
+
+// A C cell of 16.9 × 18.0 × 2.53 Å: its first 20 lines are all hk0, so cells with any c index
+// them equally well (M20 ties, or differs by noise at 0.02°) and the centring they obey may as
+// well be I. The lines past the 20th decide both: the true c indexes all of them.
+TEST(TreorEngine, TheLinesPastTheTwentiethDecideBetweenCellsOfOneZone) {
+  const std::vector<double> noise{0.0, 0.01, 0.02}, zero{0.0, 0.05};
+  for (const char* name : {"oC λ1.5406 σ0.00 z0.00 imp1 miss1 #2", "oC λ1.5406 σ0.02 z0.00 imp1 miss1 #2"}) {
+    const IndexingCase c = benchmarkProblem(13, name, noise, zero, 2);
+    ASSERT_EQ(c.centring, Centring::C);
+    EXPECT_TRUE(knownCellFound(c, indexWithTreor(c), 2)) << c.name;
+  }
+}
+
 // A long b axis with short a and c (2.75 × 19.13 × 4.17 Å): the first lines are 0k0 and 0k1,
 // and 100 and 10-1 come after the fifteenth line. The (020) search must read h0l values past the
 // orders of b and the series 0k1, and keep the lines they came from for the fit; the finer lattice

@@ -218,24 +218,25 @@ TEST(TreorUnits, HigherOrdersAmongTheFirstLinesAreFlagged) {
   EXPECT_EQ(firstLinesOf(result, " LINE", 1), "");
 }
 
-// M20s within a percent of each other are a tie: fewer unindexed lines first, then the smaller
-// cell (a super-cell indexing the same lines differs only by refinement noise). A cell clearly
-// better by M20 stays ahead whatever its volume.
-TEST(TreorUnits, RankingBreaksNearTiesOfMeritByUnindexedLinesThenVolume) {
-  auto cell = [](double m20, int unindexed, double volume) {
+// M20s within 15 % of the best of their run are a tie: fewer lines unindexed over all lines
+// first, then the better figure over all lines, then the smaller cell.
+// A cell clearly better by M20 stays ahead whatever the lines past the 20th say.
+TEST(TreorUnits, RankingBreaksNearTiesOfMeritByAllTheLines) {
+  auto cell = [](double m20, int allUnindexed, double allMerit, double volume) {
     TreorCell c;
     c.m20 = m20;
-    c.unindexed = unindexed;
+    c.allLinesUnindexed = allUnindexed;
+    c.allLinesMerit = allMerit;
     c.volume = volume;
     c.accepted = true;
     c.metricSystem = CrystalSystem::Orthorhombic;
     return c;
   };
-  const std::vector<TreorCell> cells{cell(40.0, 0, 100.0), cell(50.0, 1, 400.0), cell(49.8, 0, 800.0),
-                                     cell(49.7, 0, 400.0), cell(60.0, 1, 1600.0)};
+  const std::vector<TreorCell> cells{cell(40.0, 0, 90.0, 100.0), cell(60.0, 1, 30.0, 1600.0), cell(54.0, 0, 20.0, 800.0),
+                                     cell(52.0, 1, 35.0, 400.0), cell(53.0, 1, 34.0, 200.0), cell(51.5, 1, 35.0, 300.0), cell(80.0, 2, 10.0, 900.0)};
   std::vector<double> order;
   for (const TreorCell* c : rankedAcceptedCells(cells)) order.push_back(c->m20);
-  EXPECT_EQ(order, (std::vector<double>{60.0, 49.7, 49.8, 50.0, 40.0}));
+  EXPECT_EQ(order, (std::vector<double>{80.0, 54.0, 51.5, 52.0, 53.0, 60.0, 40.0}));
 }
 
 TEST(TreorSolutions, ReadsAtMostAHundredAndRefusesABrokenBlock) {

@@ -12,6 +12,7 @@
 #include "core/common/parallel_for.h"
 #include "core/index/lattice/calculated_lines.h"
 #include "core/index/lattice/lattice_relations.h"
+#include "core/index/lattice/line_assignment.h"
 #include "core/index/lattice/lattice_symmetry.h"
 #include "core/index/lattice/units.h"
 #include "core/index/treor/cell_report.h"
@@ -75,7 +76,10 @@ constexpr double kZeroSettled = 0.025;
 // MERIT a wrong monoclinic cell at M20 25 of an F-centred orthorhombic pattern ended the run
 // before the triclinic stage, whose reduced cells reach the F cell's primitive lattice.
 constexpr double kConvincingMerit = 2.5;
-constexpr int kConvincingLinesFactor = 3;
+constexpr double kConvincingLinesFactor = 2.5;
+// A convincing cell fits its lines within this many times the closest fit of any accepted cell.
+constexpr double kConvincingFit = 4.0;
+constexpr double kExactFit = 1e-5;
 // Angular error (degrees 2θ) of the lines that the trial windows allow for at the default D1.
 constexpr double kTrialAngularError = 0.02;
 
@@ -107,17 +111,17 @@ class TreorRunner {
     // Tetragonal and hexagonal lattices have the same two parameters: a tetragonal cell does not
     // make the hexagonal test redundant (a large tetragonal cell can index a small hexagonal
     // cell's lines convincingly), so KS is asked only after both.
-    if (!stop(k_.ks, sparseCubicMerit_)) {
+    if (!stop(k_.ks, convincingMerit(true))) {
       runStage("TETRAGONAL", CrystalSystem::Tetragonal, 0.01, 0.02,
                [this] { twoParameter(CrystalSystem::Tetragonal, "TETRAGONAL"); });
       runStage("HEXAGONAL", CrystalSystem::Hexagonal, 0.02, 0.03,
                [this] { twoParameter(CrystalSystem::Hexagonal, "HEXAGONAL"); });
     }
-    if (!stop(k_.ks, convincingMerit_))
+    if (!stop(k_.ks, convincingMerit()))
       runStage("ORTHORHOMBIC", CrystalSystem::Orthorhombic, 0.03, 0.1, [this] { orthorhombic(); });
-    if (allSystems && !stop(k_.ks, convincingMerit_))
+    if (allSystems && !stop(k_.ks, convincingMerit()))
       runStage("MONOCLINIC", CrystalSystem::Monoclinic, 0.1, 0.4, [this] { monoclinic(); });
-    if (allSystems && !stop(k_.ths, convincingMerit_))
+    if (allSystems && !stop(k_.ths, convincingMerit()))
       runStage("TRICLINIC", CrystalSystem::Triclinic, 0.4, 1.0, [this] { triclinic(); });
     result_.interrupted = search.stopped();
     if (result_.interrupted) out(" CALCULATIONS INTERRUPTED BY THE USER");
@@ -148,9 +152,12 @@ class TreorRunner {
   // A convincing cell also indexes every refined line but NIX: a wrong cell of a higher system
   // (a large orthorhombic cell of a monoclinic pattern, a hexagonal cell of a monoclinic pattern
   // whose first lines lie in one zone) reaches M20 30-60 on the first 20 lines and then misses
-  // lines beyond them. No cell is convincing with more than three calculated lines per line
-  // seen: a tetragonal cell 24 times the volume of a 2.66 × 12.26 × 2.89 Å monoclinic cell
-  // indexed all its lines (M20 33) among five times as many calculated ones.
+  // lines beyond them. No cell is convincing with more than 2.5 calculated lines per line seen
+  // among the first 20: a tetragonal cell 24 times the volume of a 2.66 × 12.26 × 2.89 Å
+  // monoclinic cell indexed all its lines (M20 33) among five times as many calculated ones, and
+  // a hexagonal cell of 19.31 × 3.21 Å every line of an I-centred 8.36 × 9.66 × 3.21 Å cell
+  // (a = b√3/2) with 51 calculated lines for 20; the alumina patterns of the case files (an R
+  // lattice with a glide) have 43 for 20.
   // A convincing cubic cell ends the search before the two-parameter stages only when its lines
   // do not obey a body-centred lattice and it predicts at most twice the lines seen. A large
   // cubic cell indexes every line of a tetragonal cell whose c²/a² is near a whole number
@@ -168,10 +175,29 @@ class TreorRunner {
     const int refinedLines = std::min<int>(lines_.refineLines, static_cast<int>(lines_.q.size()));
     if (refinedLines - refined.refinement.indexedLines > k_.nix) return;
     if (refined.figure.calculated > kConvincingLinesFactor * refined.figure.lines) return;
-    convincingMerit_ = std::max(convincingMerit_, stored.m20);
-    if (stored.system == CrystalSystem::Cubic && stored.centring != Centring::I &&
-        refined.figure.calculated <= 2 * refined.figure.lines)
-      sparseCubicMerit_ = std::max(sparseCubicMerit_, stored.m20);
+    const bool sparseCubic = stored.system == CrystalSystem::Cubic && stored.centring != Centring::I &&
+                             refined.figure.calculated <= 2 * refined.figure.lines;
+    convincing_.push_back({stored.m20, stored.meanDiscrepancy, sparseCubic});
+  }
+
+  // The best M20 of the convincing cells (the cubic ones that leave few lines unseen, if asked)
+  // whose lines fit about as closely as the lines allow: the closest fit of any accepted cell
+  // bounds the errors of the lines. A cell that fits its lines several times worse forces them:
+  // an orthorhombic cell of 8.42 × 20.54 × 3.54 Å indexed every line of a monoclinic
+  // 4.81 × 20.54 × 3.74 Å pattern at M20 123 with a mean misfit of 1.8e-5, while a cell accepted
+  // in the same stage fitted the first 20 lines exactly; the monoclinic stage finds the cell.
+  double convincingMerit(bool sparseCubicOnly = false) const {
+    // Misfits below a hundred-thousandth of the 20th line's q (0.0002° at 30° 2θ, finer than any
+    // measured line) count as exact: noise-free lines fit several exact cells to rounding.
+    const double q20 = lines_.q[std::min<std::size_t>(lines_.q.size(), 20) - 1];
+    double closestFit = std::numeric_limits<double>::infinity();
+    for (const TreorCell& c : result_.cells)
+      if (c.accepted) closestFit = std::min(closestFit, std::max(c.meanDiscrepancy, kExactFit * q20));
+    double merit = 0;
+    for (const Convincing& c : convincing_)
+      if ((c.sparseCubic || !sparseCubicOnly) && c.meanDiscrepancy <= kConvincingFit * closestFit)
+        merit = std::max(merit, c.m20);
+    return merit;
   }
 
   void header() {
@@ -645,6 +671,7 @@ class TreorRunner {
     TreorCell stored{best.system, family, *cell, centring, cellVolume(*cell), refined.figure.m, refined.figure.unindexed, false};
     stored.zero = lines_.correction + refined.refinement.zero;
     stored.zeroSigma = refined.zeroSigma;
+    stored.meanDiscrepancy = refined.figure.meanDiscrepancy;
     stored.accepted = stored.m20 >= k_.merit && stored.unindexed <= k_.nix;
     // A refined cell (a halved axis, a finer lattice) may no longer hold a whole Z.
     if (stored.accepted && problem_.density.active() && !densityFit(stored.volume, problem_.density).within) {
@@ -700,12 +727,24 @@ class TreorRunner {
         stored.volume = cellVolume(*cell);
         stored.m20 = again.figure.m;
         stored.unindexed = again.figure.unindexed;
+        stored.meanDiscrepancy = again.figure.meanDiscrepancy;
         stored.zero = lines_.correction + again.refinement.zero;
         stored.zeroSigma = again.zeroSigma;
       }
     }
+    noteAllLinesFigure(stored, again.solved ? again.refinement.metric : metric, again.solved ? again.refinement.zero : 0.0);
     printCellAnalysis(result_.report, lines_, stored.cell, again.solved ? primitiveMerit : stored.m20);
     if (problem_.density.active()) out(densityLine(stored.volume));
+  }
+
+  void noteAllLinesFigure(TreorCell& stored, const ReciprocalMetric& metric, double zero) const {
+    const std::vector<double> q = zeroCorrectedQ(lines_, zero);
+    const std::vector<double> tolerance(q.size(), lines_.refineTolerance);
+    FigureOfMeritOptions allLines;
+    allLines.lines = static_cast<int>(q.size());
+    const DeWolffFigure figure = deWolffFigure(q, tolerance, metric, stored.centring, allLines);
+    stored.allLinesMerit = figure.m;
+    stored.allLinesUnindexed = figure.unindexed;
   }
 
   // The density the measured one comes nearest to for a whole number of formula units.
@@ -735,19 +774,30 @@ class TreorRunner {
   // NIX). A true centring removes half the calculated lines
   // (F three quarters, R two thirds; fewer in the cubic system, where many forms coincide) and
   // so raises M20 by 1.6 to 4; a pseudo-centring that a few lines break gains much less.
+  // The centring must also hold for the lines past the first 20, all but one more than the
+  // primitive cell leaves (a noisy line that only a primitive reflection happens to reach): when
+  // the first 20 all lie in one zone (hk0 with h + k even) they obey I as well as C, and only the
+  // later hkl lines tell which.
   Centring latticeCentring(CrystalSystem system, const ReciprocalMetric& metric, int unindexed, double zero) const {
     std::vector<Centring> options{Centring::I, Centring::F, Centring::A, Centring::B, Centring::C};
     if (system == CrystalSystem::Hexagonal) options = {Centring::R};
-    std::vector<double> q = zeroCorrectedQ(lines_, zero);
-    q.resize(std::min<std::size_t>(20, q.size()));
-    const std::vector<double> tolerance(q.size(), lines_.refineTolerance);
+    const std::vector<double> all = zeroCorrectedQ(lines_, zero);
+    const std::vector<double> allTolerance(all.size(), lines_.refineTolerance);
+    const std::span<const double> q(all.data(), std::min<std::size_t>(20, all.size()));
+    const std::span<const double> tolerance(allTolerance.data(), q.size());
+    auto unindexedOfAll = [&](Centring c) {
+      const auto assigned = assignLines(all, allTolerance, metric, c);
+      return static_cast<int>(std::count_if(assigned.begin(), assigned.end(), [](const LineAssignment& a) { return !a.indexed; }));
+    };
+    const int allowedOfAll = std::max(unindexedOfAll(Centring::P), k_.nix) + 1;
     Centring best = Centring::P;
     DeWolffFigure bestFigure = deWolffFigure(q, tolerance, metric, Centring::P);
     std::optional<DeWolffFigure> faceCentred;
     for (Centring c : options) {
       const DeWolffFigure f = deWolffFigure(q, tolerance, metric, c);
-      if (c == Centring::F) faceCentred = f;
-      if (f.unindexed <= std::max(unindexed, k_.nix) && f.m > bestFigure.m * 1.5) {
+      const bool obeyed = f.unindexed <= std::max(unindexed, k_.nix) && unindexedOfAll(c) <= allowedOfAll;
+      if (c == Centring::F && obeyed) faceCentred = f;
+      if (obeyed && f.m > bestFigure.m * 1.5) {
         best = c;
         bestFigure = f;
       }
@@ -999,7 +1049,7 @@ class TreorRunner {
     // lines; searched in every run it added a third to the monoclinic time and doubled some runs
     // that are solved without it.
     refinePending();
-    if (stop(k_.ks, convincingMerit_)) return;
+    if (stop(k_.ks, convincingMerit())) return;
     refinedInPass_ = 0;
     out(" ");
     out(" MONOCLINIC DOMINANT ZONE TEST");
@@ -1299,8 +1349,11 @@ class TreorRunner {
   CrystalSystem stageSystem_ = CrystalSystem::Cubic;
   double stageFrom_ = 0, stageTo_ = 0;  // progress at the start and the end of the stage
   int refinedInPass_ = 0, passesInStage_ = 0, accepted_ = 0;
-  double convincingMerit_ = 0;   // the best M20 of the convincing cells
-  double sparseCubicMerit_ = 0;  // the same of the cubic ones that leave few lines unseen
+  struct Convincing {
+    double m20 = 0, meanDiscrepancy = 0;
+    bool sparseCubic = false;  // a cubic cell not body-centred that leaves few lines unseen
+  };
+  std::vector<Convincing> convincing_;
   struct AcceptedZero {
     double m20 = 0, zero = 0;
   };
@@ -1327,15 +1380,19 @@ std::vector<const TreorCell*> rankedAcceptedCells(const std::vector<TreorCell>& 
   };
   std::stable_sort(accepted.begin(), accepted.end(),
                    [&](const TreorCell* x, const TreorCell* y) { return weighted(x) > weighted(y); });
-  // M20s within a percent of the best of their run are a tie, broken by fewer unindexed lines and
-  // then the smaller cell: a super-cell that indexes the same lines (judged by the lattice its
-  // lines obey) differs from the cell only by refinement noise.
-  constexpr double kTie = 0.01;
+  // Weighted M20s within 15 % of the best of their run are a tie: M20 is the inverse of a mean of
+  // 20 misfits, which with noise spreads by about that much. All the lines decide: fewer of them
+  // unindexed, then the better figure over them (a super-cell that indexes the same lines counts
+  // more calculated ones), then the smaller cell (noise-free figures reach their ceiling). When
+  // the first 20 lines lie in one zone, cells that differ only in the axis the zone leaves out
+  // index them equally well, and only the lines past the 20th tell them apart.
+  constexpr double kTie = 0.15;
   for (auto first = accepted.begin(); first != accepted.end();) {
     auto last = std::find_if(first, accepted.end(),
                              [&](const TreorCell* c) { return weighted(c) < (1.0 - kTie) * weighted(*first); });
     std::stable_sort(first, last, [](const TreorCell* x, const TreorCell* y) {
-      if (x->unindexed != y->unindexed) return x->unindexed < y->unindexed;
+      if (x->allLinesUnindexed != y->allLinesUnindexed) return x->allLinesUnindexed < y->allLinesUnindexed;
+      if (x->allLinesMerit != y->allLinesMerit) return x->allLinesMerit > y->allLinesMerit;
       return x->volume < y->volume;
     });
     first = last;

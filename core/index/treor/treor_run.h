@@ -24,6 +24,11 @@ struct TreorCell {
   double volume = 0;
   double m20 = 0;
   int unindexed = 0;
+  // de Wolff's figure over every line, not only the first 20: it tells apart cells whose first
+  // 20 lines lie in one zone and which differ only in the axis that the later lines show.
+  double allLinesMerit = 0;
+  int allLinesUnindexed = 0;
+  double meanDiscrepancy = 0;  // ⟨|q_obs − q_calc|⟩ of the indexed lines among the first 20
   double zero = 0;  // degrees 2θ, refined with the cell: the true angle is the observed one minus it
   double zeroSigma = 0;  // its standard deviation (also when it was dropped as insignificant)
   bool accepted = false;
