@@ -232,6 +232,16 @@ TEST(TreorEngine, TheLinesPastTheTwentiethDecideBetweenCellsOfOneZone) {
   }
 }
 
+// A C-centred monoclinic cell of 15.7 × 22.5 × 3.20 Å (β 95°) whose first lines are its hk0
+// zone: orthorhombic cells of that zone reach M20 42-48 at σ 0.01° and miss three or four lines
+// past the 20th, which the monoclinic cell (M20 54) indexes; they must not rank first.
+TEST(TreorEngine, CellsOfOneZoneThatMissTheLaterLinesRankBehind) {
+  const IndexingCase c =
+      benchmarkProblem(11, "mC λ1.5406 σ0.01 z0.05 imp1 miss1 #2", {0.0, 0.01, 0.02}, {0.0, 0.05}, 2);
+  ASSERT_EQ(c.system, CrystalSystem::Monoclinic);
+  EXPECT_TRUE(knownCellFound(c, indexWithTreor(c), 4));
+}
+
 // A long b axis with short a and c (2.75 × 19.13 × 4.17 Å): the first lines are 0k0 and 0k1,
 // and 100 and 10-1 come after the fifteenth line. The (020) search must read h0l values past the
 // orders of b and the series 0k1, and keep the lines they came from for the fit; the finer lattice

@@ -233,10 +233,32 @@ TEST(TreorUnits, RankingBreaksNearTiesOfMeritByAllTheLines) {
     return c;
   };
   const std::vector<TreorCell> cells{cell(40.0, 0, 90.0, 100.0), cell(60.0, 1, 30.0, 1600.0), cell(54.0, 0, 20.0, 800.0),
-                                     cell(52.0, 1, 35.0, 400.0), cell(53.0, 1, 34.0, 200.0), cell(51.5, 1, 35.0, 300.0), cell(80.0, 2, 10.0, 900.0)};
+                                     cell(52.0, 1, 35.0, 400.0), cell(53.0, 1, 34.0, 200.0), cell(51.5, 1, 35.0, 300.0), cell(80.0, 1, 10.0, 900.0)};
   std::vector<double> order;
   for (const TreorCell* c : rankedAcceptedCells(cells)) order.push_back(c->m20);
   EXPECT_EQ(order, (std::vector<double>{80.0, 54.0, 51.5, 52.0, 53.0, 60.0, 40.0}));
+}
+
+// Each line past the 20th that a cell leaves unindexed, beyond the first, counts as a free
+// parameter: orthorhombic cells of one zone of a monoclinic lattice (M20 48 and 42, three and
+// four lines unindexed past the 20th) rank behind the monoclinic cell (M20 54) that indexes them.
+TEST(TreorUnits, LinesMissedPastTheTwentiethCountAgainstACell) {
+  auto cell = [](double m20, CrystalSystem system, int unindexed, int allUnindexed) {
+    TreorCell c;
+    c.m20 = m20;
+    c.metricSystem = system;
+    c.unindexed = unindexed;
+    c.allLinesUnindexed = allUnindexed;
+    c.accepted = true;
+    return c;
+  };
+  const std::vector<TreorCell> cells{cell(48.0, CrystalSystem::Orthorhombic, 0, 4),
+                                     cell(42.2, CrystalSystem::Orthorhombic, 0, 3),
+                                     cell(54.2, CrystalSystem::Monoclinic, 0, 1),
+                                     cell(30.0, CrystalSystem::Orthorhombic, 1, 2)};
+  std::vector<double> order;
+  for (const TreorCell* c : rankedAcceptedCells(cells)) order.push_back(c->m20);
+  EXPECT_EQ(order, (std::vector<double>{54.2, 30.0, 42.2, 48.0}));
 }
 
 TEST(TreorSolutions, ReadsAtMostAHundredAndRefusesABrokenBlock) {

@@ -1376,7 +1376,8 @@ std::vector<const TreorCell*> rankedAcceptedCells(const std::vector<TreorCell>& 
   for (const TreorCell& c : cells)
     if (c.accepted) accepted.push_back(&c);
   auto weighted = [](const TreorCell* c) {
-    return c->m20 / std::pow(kMeritPerParameter, freeParameterCount(c->metricSystem) - 1);
+    const int missedPast20 = std::max(0, c->allLinesUnindexed - c->unindexed - 1);
+    return c->m20 / std::pow(kMeritPerParameter, freeParameterCount(c->metricSystem) - 1 + missedPast20);
   };
   std::stable_sort(accepted.begin(), accepted.end(),
                    [&](const TreorCell* x, const TreorCell* y) { return weighted(x) > weighted(y); });

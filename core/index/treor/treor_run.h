@@ -46,8 +46,10 @@ struct TreorResult {
 TreorResult runTreor(const TreorInput& input, Shell* shell, int threads = 0);
 // The accepted cells, best first. A lattice of lower metric symmetry has more free parameters
 // to fit the same lines (an orthorhombic sub-lattice of a cubic I cell indexes exactly its lines),
-// so its M20 counts for less by kMeritPerParameter per extra parameter; then fewer unindexed
-// lines and the smaller volume decide.
+// so its M20 counts for less by kMeritPerParameter per extra parameter. So it does for each line
+// past the 20th a cell leaves unindexed beyond the first (an impurity may lie there): cells of one
+// zone of the true lattice reach a good M20 on the first 20 lines and miss the lines off the
+// zone. Near-ties are then decided by all the lines and the smaller volume.
 inline constexpr double kMeritPerParameter = 1.5;
 std::vector<const TreorCell*> rankedAcceptedCells(const std::vector<TreorCell>& cells);
 
