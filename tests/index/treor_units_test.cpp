@@ -218,19 +218,25 @@ TEST(TreorUnits, HigherOrdersAmongTheFirstLinesAreFlagged) {
   EXPECT_EQ(firstLinesOf(result, " LINE", 1), "");
 }
 
+// An accepted cell as the ranking sees it.
+TreorCell rankedCell(double m20, CrystalSystem system, int unindexed, int allUnindexed, double allMerit, double volume) {
+  TreorCell c;
+  c.m20 = m20;
+  c.metricSystem = system;
+  c.unindexed = unindexed;
+  c.allLinesUnindexed = allUnindexed;
+  c.allLinesMerit = allMerit;
+  c.volume = volume;
+  c.accepted = true;
+  return c;
+}
+
 // M20s within 15 % of the best of their run are a tie: fewer lines unindexed over all lines
 // first, then the better figure over all lines, then the smaller cell.
 // A cell clearly better by M20 stays ahead whatever the lines past the 20th say.
 TEST(TreorUnits, RankingBreaksNearTiesOfMeritByAllTheLines) {
   auto cell = [](double m20, int allUnindexed, double allMerit, double volume) {
-    TreorCell c;
-    c.m20 = m20;
-    c.allLinesUnindexed = allUnindexed;
-    c.allLinesMerit = allMerit;
-    c.volume = volume;
-    c.accepted = true;
-    c.metricSystem = CrystalSystem::Orthorhombic;
-    return c;
+    return rankedCell(m20, CrystalSystem::Orthorhombic, 0, allUnindexed, allMerit, volume);
   };
   const std::vector<TreorCell> cells{cell(40.0, 0, 90.0, 100.0), cell(60.0, 1, 30.0, 1600.0), cell(54.0, 0, 20.0, 800.0),
                                      cell(52.0, 1, 35.0, 400.0), cell(53.0, 1, 34.0, 200.0), cell(51.5, 1, 35.0, 300.0), cell(80.0, 1, 10.0, 900.0)};
@@ -244,13 +250,7 @@ TEST(TreorUnits, RankingBreaksNearTiesOfMeritByAllTheLines) {
 // four lines unindexed past the 20th) rank behind the monoclinic cell (M20 54) that indexes them.
 TEST(TreorUnits, LinesMissedPastTheTwentiethCountAgainstACell) {
   auto cell = [](double m20, CrystalSystem system, int unindexed, int allUnindexed) {
-    TreorCell c;
-    c.m20 = m20;
-    c.metricSystem = system;
-    c.unindexed = unindexed;
-    c.allLinesUnindexed = allUnindexed;
-    c.accepted = true;
-    return c;
+    return rankedCell(m20, system, unindexed, allUnindexed, 0.0, 0.0);
   };
   const std::vector<TreorCell> cells{cell(48.0, CrystalSystem::Orthorhombic, 0, 4),
                                      cell(42.2, CrystalSystem::Orthorhombic, 0, 3),
