@@ -79,6 +79,7 @@ constexpr double kConvincingMerit = 2.5;
 constexpr double kConvincingLinesFactor = 2.5;
 // A convincing cell fits its lines within this many times the closest fit of any accepted cell.
 constexpr double kConvincingFit = 4.0;
+// Mean misfits below this fraction of the 20th line's q count as exact in that comparison.
 constexpr double kExactFit = 1e-5;
 // Angular error (degrees 2θ) of the lines that the trial windows allow for at the default D1.
 constexpr double kTrialAngularError = 0.02;
@@ -789,15 +790,22 @@ class TreorRunner {
       const auto assigned = assignLines(all, allTolerance, metric, c);
       return static_cast<int>(std::count_if(assigned.begin(), assigned.end(), [](const LineAssignment& a) { return !a.indexed; }));
     };
-    const int allowedOfAll = std::max(unindexedOfAll(Centring::P), k_.nix) + 1;
+    // Every reported cell comes here, so all the lines are assigned only for a centring that the
+    // first 20 lines could make the best (or F, which the base centrings defer to).
+    std::optional<int> allowedOfAll;
+    auto holdsForAllLines = [&](Centring c) {
+      if (!allowedOfAll) allowedOfAll = std::max(unindexedOfAll(Centring::P), k_.nix) + 1;
+      return unindexedOfAll(c) <= *allowedOfAll;
+    };
     Centring best = Centring::P;
     DeWolffFigure bestFigure = deWolffFigure(q, tolerance, metric, Centring::P);
     std::optional<DeWolffFigure> faceCentred;
     for (Centring c : options) {
       const DeWolffFigure f = deWolffFigure(q, tolerance, metric, c);
-      const bool obeyed = f.unindexed <= std::max(unindexed, k_.nix) && unindexedOfAll(c) <= allowedOfAll;
-      if (c == Centring::F && obeyed) faceCentred = f;
-      if (obeyed && f.m > bestFigure.m * 1.5) {
+      const bool better = f.m > bestFigure.m * 1.5;
+      if (f.unindexed > std::max(unindexed, k_.nix) || (!better && c != Centring::F) || !holdsForAllLines(c)) continue;
+      if (c == Centring::F) faceCentred = f;
+      if (better) {
         best = c;
         bestFigure = f;
       }
