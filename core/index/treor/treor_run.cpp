@@ -9,6 +9,7 @@
 
 #include "core/app/shell.h"
 #include "core/common/numbers.h"
+#include "core/common/ordered_work.h"
 #include "core/common/parallel_for.h"
 #include "core/index/lattice/calculated_lines.h"
 #include "core/index/lattice/lattice_relations.h"
@@ -486,30 +487,35 @@ class TreorRunner {
   // The trials of a pass that reached IQ, refined smallest cell first: a large cell indexes many
   // lines by chance, and of two cells that index the same lines the smaller one is the better
   // description, so the refinements the stage allows go to the small cells.
-  // The refinements are independent until they are reported: as many as there are cores are
-  // refined at a time and then reported in order, and the report decides what counts against the
-  // budget (a lattice refined before does not), so at most one core's work is thrown away.
+  // The refinements are independent until they are reported: they are refined on every core and
+  // reported in order as each is ready, and the report decides what counts against the budget (a
+  // lattice refined before does not), so the work thrown away when the budget runs out is the
+  // few refinements begun ahead.
   void refinePending() {
     std::stable_sort(pending_.begin(), pending_.end(), [](const PendingTrial& x, const PendingTrial& y) {
       return cellVolume(x.trial.metric) < cellVolume(y.trial.metric);
     });
-    const auto threads = static_cast<std::size_t>(pool_.threads());
-    for (std::size_t first = 0; first < pending_.size(); first += threads) {
-      if (!search_->keepGoing()) break;
-      const std::size_t batch = std::min(pending_.size() - first, threads);
-      std::vector<Refined> refined(batch);
-      pool_.run(batch, pool_.threads(), [&](std::size_t i, int) { refined[i] = refineCandidate(pending_[first + i]); });
-      for (std::size_t i = 0; i < batch; ++i) {
-        const PendingTrial& p = pending_[first + i];
-        const bool lowSymmetry = p.trial.system == CrystalSystem::Monoclinic || p.trial.system == CrystalSystem::Triclinic;
-        const int budget = lowSymmetry ? kMaxLowSymmetryRefinementsPerPass : kMaxRefinementsPerPass;
-        if (refinedInPass_ >= budget) {
-          pending_.clear();
-          return;
-        }
-        report(refined[i], p.trial.metric, p.family);
-      }
+    if (!search_->keepGoing()) {
+      pending_.clear();
+      return;
     }
+    std::vector<Refined> refined(pending_.size());
+    const auto ahead = static_cast<std::size_t>(2 * pool_.threads());
+    auto refine = [&](std::size_t i, int thread) {
+      // Only the calling thread may ask whether the user interrupted.
+      if (thread == 0 && !search_->keepGoing()) return false;
+      refined[i] = refineCandidate(pending_[i]);
+      return true;
+    };
+    auto reportInOrder = [&](std::size_t i) {
+      const PendingTrial& p = pending_[i];
+      const bool lowSymmetry = p.trial.system == CrystalSystem::Monoclinic || p.trial.system == CrystalSystem::Triclinic;
+      const int budget = lowSymmetry ? kMaxLowSymmetryRefinementsPerPass : kMaxRefinementsPerPass;
+      if (refinedInPass_ >= budget) return false;
+      report(std::move(refined[i]), p.trial.metric, p.family);
+      return true;
+    };
+    workInOrder(pool_, pending_.size(), ahead, refine, reportInOrder);
     pending_.clear();
   }
 

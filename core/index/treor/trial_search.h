@@ -172,7 +172,9 @@ class TrialSearch {
 
  private:
   // A base-line set with fewer assignments than this is searched on the calling thread alone.
-  static constexpr long kTrialsWorthSharing = 20000;
+  // The helpers are kept waiting in a pool, so a set of the two-parameter stages (a few thousand
+  // assignments, five zero corrections each) is already worth sharing.
+  static constexpr long kTrialsWorthSharing = 1000;
 
   // Counts the test lines the trial indexes (fills iq) and refits it; true when it passes.
   bool indexesTestLines(Trial& trial) const;
