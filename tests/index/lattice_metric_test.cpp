@@ -100,7 +100,8 @@ TEST(LatticeLines, SolvingForTheLastIndexAgreesWithTheFullList) {
         {metricFromCell(kCells[5].cell), Centring::C}, {exactForm(kCells[5]), Centring::P},
         {exactForm(kCells[4]), Centring::P}, {exactForm(kCells[1]), Centring::I}, {exactForm(kCells[2]), Centring::P},
         {exactForm(kCells[2]), Centring::R}, {exactForm(kCells[1]), Centring::P}, {exactForm(kCells[0]), Centring::P},
-        {metricFromCell(longA), Centring::P}, {metricFromCell(longA), Centring::A}}) {
+        {metricFromCell(longA), Centring::P}, {metricFromCell(longA), Centring::A}, {exactForm(kCells[4]), Centring::C},
+        {exactForm({CrystalSystem::Orthorhombic, longA}), Centring::I}}) {
     const auto lines = calculatedLines(m, centring, 0.3);
     std::mt19937 random(7);
     std::uniform_real_distribution<double> anyQ(0.01, 0.28);

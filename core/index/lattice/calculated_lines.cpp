@@ -193,12 +193,62 @@ bool NearestLineFinder::searchLayers(double q, double tolerance, std::optional<C
   return true;
 }
 
+// A form without cross terms (an orthorhombic trial) holds the lines of row (h, k), h, k ≥ 0, at
+// c0 + C l² for l ≥ 0. Along a row of h the index l nearest the root of C l² = q − c0 only falls
+// as k grows, so it is found from the one before by a few comparisons instead of a square root
+// per row. It finds the line the general search finds: both look at the index below the root and
+// the one above it, row by row in the same order.
+template <bool anyWillDo>
+std::optional<CalculatedLine> NearestLineFinder::searchRectangular(double q, double tolerance) const {
+  const double A = m_.A, B = m_.B, C = m_.C;
+  const double root = std::sqrt(std::max(q + tolerance, 0.0)) * (1.0 + 1e-12);
+  const int hMax = static_cast<int>(std::floor(axisReach_[0] * root));
+  const int kMax = static_cast<int>(std::floor(axisReach_[1] * root));
+  const int lMax = static_cast<int>(std::floor(axisReach_[2] * root));
+  std::optional<CalculatedLine> best;
+  double bestMiss = tolerance;
+  auto consider = [&](int h, int k, int l, double c0) {
+    if (l > lMax || (h == 0 && k == 0 && l == 0)) return false;
+    const double value = c0 + l * (C * l);
+    const double miss = std::abs(value - q);
+    if (miss > bestMiss) return false;
+    if (centring_ != Centring::P) {
+      const CalculatedLine c = line(value, h, k, l);
+      if (!isAllowedReflection(centring_, c.h, c.k, c.l)) return false;
+    }
+    bestMiss = miss;
+    best = line(value, h, k, l);
+    return anyWillDo;
+  };
+  for (int h = 0; h <= hMax; ++h) {
+    int kLo = 0, kHi = 0;
+    if (!rows_.rowsReaching(h, q + tolerance, kLo, kHi)) continue;
+    kHi = std::min(kHi, kMax);
+    int l = -1;  // the index below the root in the row before; none yet
+    for (int k = std::max(kLo, 0); k <= kHi; ++k) {
+      const double c0 = A * h * h + B * k * k;
+      const double rest = q - c0;
+      if (rest < 0.0) {
+        // q lies below this row's first line; only l = 0 can come close.
+        if (consider(h, k, 0, c0)) return best;
+        continue;
+      }
+      if (l < 0) l = static_cast<int>(std::floor(std::sqrt(rest / C)));
+      while (l > 0 && C * l * l > rest) --l;
+      while (C * (l + 1) * (l + 1) <= rest) ++l;
+      if (consider(h, k, l, c0) || consider(h, k, l + 1, c0)) return best;
+    }
+  }
+  return best;
+}
+
 template <bool anyWillDo>
 std::optional<CalculatedLine> NearestLineFinder::search(double q, double tolerance) const {
   if (layered_ != nullptr) {
     std::optional<CalculatedLine> found;
     if (searchLayers<anyWillDo>(q, tolerance, found)) return found;
   }
+  if (kMirror_ && lMirror_) return searchRectangular<anyWillDo>(q, tolerance);
   const ReciprocalMetric& m = m_;
   const double root = std::sqrt(std::max(q + tolerance, 0.0)) * (1.0 + 1e-12);
   const int hMax = static_cast<int>(std::floor(axisReach_[0] * root));

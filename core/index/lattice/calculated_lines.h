@@ -108,6 +108,8 @@ class NearestLineFinder {
   std::optional<CalculatedLine> search(double q, double tolerance) const;
   template <bool anyWillDo>
   bool searchLayers(double q, double tolerance, std::optional<CalculatedLine>& best) const;
+  template <bool anyWillDo>
+  std::optional<CalculatedLine> searchRectangular(double q, double tolerance) const;
   CalculatedLine line(double q, int i0, int i1, int i2) const;
 
   std::array<int, 3> axes_{0, 1, 2};  // the caller's axis of each search index, longest edge last
