@@ -193,53 +193,98 @@ bool NearestLineFinder::searchLayers(double q, double tolerance, std::optional<C
   return true;
 }
 
+// What a search over the rows keeps: the largest index along each axis that a line up to
+// q + tolerance can have, and the nearest allowed line found so far.
+template <bool anyWillDo>
+class NearestLineFinder::RowSearch {
+ public:
+  RowSearch(const NearestLineFinder& finder, double q, double tolerance)
+      : finder_(finder), q_(q), bestMiss_(tolerance) {
+    const double root = std::sqrt(std::max(q + tolerance, 0.0)) * (1.0 + 1e-12);
+    hMax = static_cast<int>(std::floor(finder.axisReach_[0] * root));
+    kMax = static_cast<int>(std::floor(finder.axisReach_[1] * root));
+    lMax = static_cast<int>(std::floor(finder.axisReach_[2] * root));
+  }
+
+  // Looks at index l of row (h, k), whose lines lie at c0 + l (b + C l); true when the search can
+  // end (any line within the tolerance will do).
+  bool consider(int h, int k, int l, double c0, double b) {
+    if (l < -lMax || l > lMax || (h == 0 && k == 0 && l == 0)) return false;
+    const double value = c0 + l * (b + finder_.m_.C * l);
+    const double miss = std::abs(value - q_);
+    if (miss > bestMiss_) return false;
+    const CalculatedLine found = finder_.line(value, h, k, l);
+    if (finder_.centring_ != Centring::P && !isAllowedReflection(finder_.centring_, found.h, found.k, found.l))
+      return false;
+    bestMiss_ = miss;
+    best = found;
+    return anyWillDo;
+  }
+
+  int hMax = 0, kMax = 0, lMax = 0;
+  std::optional<CalculatedLine> best;
+
+ private:
+  const NearestLineFinder& finder_;
+  double q_, bestMiss_;
+};
+
 // A form without cross terms (an orthorhombic trial) holds the lines of row (h, k), h, k ≥ 0, at
 // c0 + C l² for l ≥ 0. Along a row of h the index l nearest the root of C l² = q − c0 only falls
 // as k grows, so it is found from the one before by a few comparisons instead of a square root
 // per row. It finds the line the general search finds: both look at the index below the root and
 // the one above it, row by row in the same order.
 template <bool anyWillDo>
-std::optional<CalculatedLine> NearestLineFinder::searchRectangular(double q, double tolerance) const {
+void NearestLineFinder::searchRectangular(double q, double tolerance, RowSearch<anyWillDo>& search) const {
   const double A = m_.A, B = m_.B, C = m_.C;
-  const double root = std::sqrt(std::max(q + tolerance, 0.0)) * (1.0 + 1e-12);
-  const int hMax = static_cast<int>(std::floor(axisReach_[0] * root));
-  const int kMax = static_cast<int>(std::floor(axisReach_[1] * root));
-  const int lMax = static_cast<int>(std::floor(axisReach_[2] * root));
-  std::optional<CalculatedLine> best;
-  double bestMiss = tolerance;
-  auto consider = [&](int h, int k, int l, double c0) {
-    if (l > lMax || (h == 0 && k == 0 && l == 0)) return false;
-    const double value = c0 + l * (C * l);
-    const double miss = std::abs(value - q);
-    if (miss > bestMiss) return false;
-    if (centring_ != Centring::P) {
-      const CalculatedLine c = line(value, h, k, l);
-      if (!isAllowedReflection(centring_, c.h, c.k, c.l)) return false;
-    }
-    bestMiss = miss;
-    best = line(value, h, k, l);
-    return anyWillDo;
-  };
-  for (int h = 0; h <= hMax; ++h) {
+  for (int h = 0; h <= search.hMax; ++h) {
     int kLo = 0, kHi = 0;
     if (!rows_.rowsReaching(h, q + tolerance, kLo, kHi)) continue;
-    kHi = std::min(kHi, kMax);
+    kHi = std::min(kHi, search.kMax);
     int l = -1;  // the index below the root in the row before; none yet
     for (int k = std::max(kLo, 0); k <= kHi; ++k) {
       const double c0 = A * h * h + B * k * k;
       const double rest = q - c0;
       if (rest < 0.0) {
         // q lies below this row's first line; only l = 0 can come close.
-        if (consider(h, k, 0, c0)) return best;
+        if (search.consider(h, k, 0, c0, 0.0)) return;
         continue;
       }
       if (l < 0) l = static_cast<int>(std::floor(std::sqrt(rest / C)));
       while (l > 0 && C * l * l > rest) --l;
       while (C * (l + 1) * (l + 1) <= rest) ++l;
-      if (consider(h, k, l, c0) || consider(h, k, l + 1, c0)) return best;
+      if (search.consider(h, k, l, c0, 0.0) || search.consider(h, k, l + 1, c0, 0.0)) return;
     }
   }
-  return best;
+}
+
+// Any other form: each row's lines lie on a parabola in l, whose crossings of q are solved for.
+template <bool anyWillDo>
+void NearestLineFinder::searchRows(double q, double tolerance, RowSearch<anyWillDo>& search) const {
+  const ReciprocalMetric& m = m_;
+  for (int h = 0; h <= search.hMax; ++h) {
+    int kLo = 0, kHi = 0;
+    if (!rows_.rowsReaching(h, q + tolerance, kLo, kHi)) continue;
+    kLo = std::max(kLo, (h == 0 || kMirror_) ? 0 : -search.kMax);
+    kHi = std::min(kHi, search.kMax);
+    for (int k = kLo; k <= kHi; ++k) {
+      const double c0 = m.A * h * h + m.B * k * k + m.F * h * k;
+      const double b = m.D * k + m.E * h;
+      const double disc = b * b - 4.0 * m.C * (c0 - q);
+      if (disc < 0.0) {
+        // q lies below this row's minimum; only the index at the vertex can come close.
+        if (search.consider(h, k, static_cast<int>(std::lround(-b / (2.0 * m.C))), c0, b)) return;
+        continue;
+      }
+      const double s = std::sqrt(disc);
+      if (!lMirror_) {
+        const int below = static_cast<int>(std::floor((-b - s) / (2.0 * m.C)));
+        if (search.consider(h, k, below, c0, b) || search.consider(h, k, below + 1, c0, b)) return;
+      }
+      const int below = static_cast<int>(std::floor((-b + s) / (2.0 * m.C)));
+      if (search.consider(h, k, below, c0, b) || search.consider(h, k, below + 1, c0, b)) return;
+    }
+  }
 }
 
 template <bool anyWillDo>
@@ -248,52 +293,13 @@ std::optional<CalculatedLine> NearestLineFinder::search(double q, double toleran
     std::optional<CalculatedLine> found;
     if (searchLayers<anyWillDo>(q, tolerance, found)) return found;
   }
-  if (kMirror_ && lMirror_) return searchRectangular<anyWillDo>(q, tolerance);
-  const ReciprocalMetric& m = m_;
-  const double root = std::sqrt(std::max(q + tolerance, 0.0)) * (1.0 + 1e-12);
-  const int hMax = static_cast<int>(std::floor(axisReach_[0] * root));
-  const int kMax = static_cast<int>(std::floor(axisReach_[1] * root));
-  const int lMax = static_cast<int>(std::floor(axisReach_[2] * root));
-  std::optional<CalculatedLine> best;
-  double bestMiss = tolerance;
-  // True when the search can end (any line within the tolerance will do).
-  auto consider = [&](int h, int k, int l, double c0, double b) {
-    if (l < -lMax || l > lMax || (h == 0 && k == 0 && l == 0)) return false;
-    const double value = c0 + l * (b + m.C * l);
-    const double miss = std::abs(value - q);
-    if (miss > bestMiss) return false;
-    if (centring_ != Centring::P) {
-      const CalculatedLine c = line(value, h, k, l);
-      if (!isAllowedReflection(centring_, c.h, c.k, c.l)) return false;
-    }
-    bestMiss = miss;
-    best = line(value, h, k, l);
-    return anyWillDo;
-  };
-  for (int h = 0; h <= hMax; ++h) {
-    int kLo = 0, kHi = 0;
-    if (!rows_.rowsReaching(h, q + tolerance, kLo, kHi)) continue;
-    kLo = std::max(kLo, (h == 0 || kMirror_) ? 0 : -kMax);
-    kHi = std::min(kHi, kMax);
-    for (int k = kLo; k <= kHi; ++k) {
-      const double c0 = m.A * h * h + m.B * k * k + m.F * h * k;
-      const double b = m.D * k + m.E * h;
-      const double disc = b * b - 4.0 * m.C * (c0 - q);
-      if (disc < 0.0) {
-        // q lies below this row's minimum; only the index at the vertex can come close.
-        if (consider(h, k, static_cast<int>(std::lround(-b / (2.0 * m.C))), c0, b)) return best;
-        continue;
-      }
-      const double s = std::sqrt(disc);
-      if (!lMirror_) {
-        const int below = static_cast<int>(std::floor((-b - s) / (2.0 * m.C)));
-        if (consider(h, k, below, c0, b) || consider(h, k, below + 1, c0, b)) return best;
-      }
-      const int below = static_cast<int>(std::floor((-b + s) / (2.0 * m.C)));
-      if (consider(h, k, below, c0, b) || consider(h, k, below + 1, c0, b)) return best;
-    }
+  RowSearch<anyWillDo> rows(*this, q, tolerance);
+  if (kMirror_ && lMirror_) {
+    searchRectangular(q, tolerance, rows);
+  } else {
+    searchRows(q, tolerance, rows);
   }
-  return best;
+  return rows.best;
 }
 
 std::optional<CalculatedLine> NearestLineFinder::nearest(double q, double tolerance) const {

@@ -109,7 +109,11 @@ class NearestLineFinder {
   template <bool anyWillDo>
   bool searchLayers(double q, double tolerance, std::optional<CalculatedLine>& best) const;
   template <bool anyWillDo>
-  std::optional<CalculatedLine> searchRectangular(double q, double tolerance) const;
+  class RowSearch;
+  template <bool anyWillDo>
+  void searchRectangular(double q, double tolerance, RowSearch<anyWillDo>& search) const;
+  template <bool anyWillDo>
+  void searchRows(double q, double tolerance, RowSearch<anyWillDo>& search) const;
   CalculatedLine line(double q, int i0, int i1, int i2) const;
 
   std::array<int, 3> axes_{0, 1, 2};  // the caller's axis of each search index, longest edge last
